@@ -1,0 +1,56 @@
+#include "core/userdefaults.h"
+
+using namespace Qt::StringLiterals;
+
+namespace kivo {
+
+UserDefaults::UserDefaults()
+    : m_settings(QSettings::IniFormat, QSettings::UserScope, u"Kivo"_s, u"Kivo"_s)
+{
+}
+
+bool UserDefaults::boolValue(const QString &key, bool fallback) const
+{
+    const QVariant stored = m_settings.value(key);
+    return stored.isValid() ? stored.toBool() : fallback;
+}
+
+QString UserDefaults::stringValue(const QString &key, const QString &fallback) const
+{
+    const QVariant stored = m_settings.value(key);
+    return stored.isValid() ? stored.toString() : fallback;
+}
+
+double UserDefaults::doubleValue(const QString &key, double fallback) const
+{
+    const QVariant stored = m_settings.value(key);
+    bool ok = false;
+    const double value = stored.toDouble(&ok);
+    return ok ? value : fallback;
+}
+
+qint64 UserDefaults::integerValue(const QString &key, qint64 fallback) const
+{
+    const QVariant stored = m_settings.value(key);
+    bool ok = false;
+    const qint64 value = stored.toLongLong(&ok);
+    return ok ? value : fallback;
+}
+
+QStringList UserDefaults::stringListValue(const QString &key, const QStringList &fallback) const
+{
+    const QVariant stored = m_settings.value(key);
+    if (!stored.isValid())
+        return fallback;
+    // The INI format gives a one-element list back as a plain string.
+    if (stored.typeId() == QMetaType::QString)
+        return {stored.toString()};
+    return stored.toStringList();
+}
+
+QVariantMap UserDefaults::mapValue(const QString &key) const
+{
+    return m_settings.value(key).toMap();
+}
+
+} // namespace kivo
