@@ -5,7 +5,7 @@ using namespace Qt::StringLiterals;
 namespace kivo {
 
 UserDefaults::UserDefaults()
-    : m_settings(QSettings::IniFormat, QSettings::UserScope, u"Kivo"_s, u"Kivo"_s)
+    : m_settings(QSettings::NativeFormat, QSettings::UserScope, u"Kivo"_s, u"Kivo"_s)
 {
 }
 

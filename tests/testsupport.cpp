@@ -16,7 +16,7 @@ namespace kivo::test {
 Sandbox::Sandbox()
 {
     QStandardPaths::setTestModeEnabled(true);
-    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_dir.path() + u"/config"_s);
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_dir.path() + u"/config"_s);
     LibraryLocation::resetForTesting();
     setLibraryRoot(libraryRoot());
 }

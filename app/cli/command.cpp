@@ -1,0 +1,33 @@
+#include "app/cli/command.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+using namespace Qt::StringLiterals;
+
+namespace kivo::cli {
+
+int CommandContext::fail(const QString &line) const
+{
+    err << u"kivo: "_s << line << Qt::endl;
+    return 1;
+}
+
+int CommandContext::usageError(const QString &line) const
+{
+    err << u"kivo: "_s << line << Qt::endl;
+    return 2;
+}
+
+void CommandContext::printJson(const QJsonValue &value) const
+{
+    QJsonDocument document;
+    if (value.isArray())
+        document.setArray(value.toArray());
+    else
+        document.setObject(value.toObject());
+    out << QString::fromUtf8(document.toJson(QJsonDocument::Compact)) << Qt::endl;
+}
+
+} // namespace kivo::cli

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QJsonValue>
+#include <QString>
+#include <QStringList>
+#include <QTextStream>
+
+namespace kivo::cli {
+
+/** What a headless command gets: its own arguments, the output form, and where to write. */
+struct CommandContext {
+    QStringList arguments; // after the command's name, global switches removed
+    bool json = false;
+    QTextStream &out;
+    QTextStream &err;
+
+    /** Prints a failure as one line on standard error and returns the exit code 1. */
+    int fail(const QString &line) const;
+    /** Prints a usage error and returns the exit code 2. */
+    int usageError(const QString &line) const;
+    /** Prints a JSON value on one line of standard output. */
+    void printJson(const QJsonValue &value) const;
+};
+
+/** One headless command of the `kivo` binary. */
+class Command
+{
+public:
+    virtual ~Command() = default;
+    [[nodiscard]] virtual QString name() const = 0;
+    /** Arguments after the name, as shown by --help. */
+    [[nodiscard]] virtual QString synopsis() const = 0;
+    [[nodiscard]] virtual QString summary() const = 0;
+    virtual int run(CommandContext &context) = 0;
+};
+
+/** Every command, in the order --help lists them. */
+[[nodiscard]] const QList<Command *> &allCommands();
+
+} // namespace kivo::cli
