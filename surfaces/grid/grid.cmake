@@ -4,5 +4,12 @@ target_sources(kivo_surfaces PRIVATE
     grid/cardlayout.cpp grid/cardlayout.h
     grid/gridnav.cpp grid/gridnav.h
     grid/kivoitemgestures.cpp grid/kivoitemgestures.h
+    grid/itemcolours.cpp grid/itemcolours.h
+    grid/itemlistmodel.cpp grid/itemlistmodel.h
     grid/masonrylayout.cpp grid/masonrylayout.h
+    grid/masonryview.cpp grid/masonryview.h
 )
+
+# The generated type registrations include each QML_ELEMENT header by its bare name.
+set_property(SOURCE ${CMAKE_CURRENT_BINARY_DIR}/kivo_surfaces_qmltyperegistrations.cpp
+    TARGET_DIRECTORY kivo_surfaces APPEND PROPERTY INCLUDE_DIRECTORIES "${CMAKE_CURRENT_SOURCE_DIR}/grid")
