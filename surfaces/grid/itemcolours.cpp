@@ -8,12 +8,12 @@
 
 namespace kivo::ItemColours {
 
-QList<QColor> decode(const std::optional<QString> &colors)
+QList<QColor> decode(const QString &colorsJson)
 {
     QList<QColor> colours;
-    if (!colors || colors->isEmpty())
+    if (colorsJson.isEmpty())
         return colours;
-    const QJsonArray array = QJsonDocument::fromJson(colors->toUtf8()).array();
+    const QJsonArray array = QJsonDocument::fromJson(colorsJson.toUtf8()).array();
     for (const QJsonValue &value : array) {
         const QColor colour = QColor::fromString(value.toString());
         if (colour.isValid())

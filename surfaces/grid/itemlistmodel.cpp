@@ -137,9 +137,9 @@ QVariant ItemListModel::data(const QModelIndex &index, int role) const
     case AspectRole:
         return item.width && item.height && *item.width > 0 && *item.height > 0 ? *item.width / *item.height : 0.0;
     case ColoursRole:
-        return QVariant::fromValue(ItemColours::decode(item.colors));
+        return QVariant::fromValue(ItemColours::decode(item.colors.value_or(QString())));
     case AccentRole:
-        return ItemColours::accent(ItemColours::decode(item.colors)).value_or(QColor(Qt::transparent));
+        return ItemColours::accent(ItemColours::decode(item.colors.value_or(QString()))).value_or(QColor(Qt::transparent));
     case FavouriteRole:
         return item.favourite;
     case TagNamesRole:

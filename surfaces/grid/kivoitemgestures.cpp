@@ -21,7 +21,7 @@ ClickAction clickAction(Qt::KeyboardModifiers modifiers, const ClickState &state
     if (modifiers.testFlag(Qt::AltModifier))
         return ClickAction::showDetails;
     if (state.hasMultiSelection)
-        return ClickAction::toggle;
+        return ClickAction::toggleInSelection;
     if (state.detailsOpen)
         return ClickAction::followDetails;
     return ClickAction::open;

@@ -24,8 +24,10 @@ enum class ClickAction {
     none,
     /** Shift: select from the anchor to here. */
     selectRange,
-    /** Control, or a plain click inside a running multi-selection: add or remove it and anchor here. */
+    /** Control: add it to the multi-selection or take it out, and anchor here. */
     toggle,
+    /** A plain click inside a running multi-selection: the same, without closing the details. */
+    toggleInSelection,
     /** Alt: show the item in the details panel. */
     showDetails,
     /** A plain click while the details panel is open: select it and let the panel follow. */

@@ -83,13 +83,13 @@ void MasonryView::setSectionDelegate(QQmlComponent *delegate)
     Q_EMIT sectionDelegateChanged();
 }
 
-void MasonryView::setMode(Mode mode)
+void MasonryView::setTimeline(bool timeline)
 {
-    if (m_mode == mode)
+    if (m_timeline == timeline)
         return;
-    m_mode = mode;
+    m_timeline = timeline;
     invalidateLayout();
-    Q_EMIT modeChanged();
+    Q_EMIT timelineChanged();
 }
 
 void MasonryView::setColumns(int columns)
@@ -191,8 +191,16 @@ void MasonryView::setFocusedId(const QString &id)
     Q_EMIT focusedIdChanged();
 }
 
-QRectF MasonryView::frameOf(const QString &itemId) const
+const CardLayout &MasonryView::layout()
 {
+    if (m_layoutDirty)
+        relayout();
+    return m_layout;
+}
+
+QRectF MasonryView::frameOf(const QString &itemId)
+{
+    layout();
     const auto row = m_rowOfId.constFind(itemId);
     if (row == m_rowOfId.cend() || *row >= m_layout.frames().size())
         return {};
@@ -206,12 +214,12 @@ QRectF MasonryView::viewport() const
     return {0, m_viewportY, width(), m_viewportHeight};
 }
 
-bool MasonryView::isCardVisible(const QString &itemId) const
+bool MasonryView::isCardVisible(const QString &itemId)
 {
     return GridNav::isFrameVisible(frameOf(itemId), viewport());
 }
 
-double MasonryView::scrollTargetFor(const QString &itemId, double anchorY) const
+double MasonryView::scrollTargetFor(const QString &itemId, double anchorY)
 {
     const QRectF frame = frameOf(itemId);
     if (frame.isNull())
@@ -220,13 +228,26 @@ double MasonryView::scrollTargetFor(const QString &itemId, double anchorY) const
     return std::clamp(target, 0.0, std::max(contentHeight() - m_viewportHeight, 0.0));
 }
 
-QString MasonryView::itemAt(double x, double y) const
+QString MasonryView::itemAt(double x, double y)
 {
-    for (const int row : m_layout.rowsIn(y, y + 1)) {
+    for (const int row : layout().rowsIn(y, y + 1)) {
         if (m_layout.frames()[row].contains(QPointF(x, y)))
             return m_model ? m_model->idAt(row) : QString();
     }
     return {};
+}
+
+QString MasonryView::topVisibleItem()
+{
+    const QRectF shown = viewport();
+    if (shown.isNull() || !m_model)
+        return {};
+    int best = -1;
+    for (const int row : layout().rowsIn(shown.top(), shown.bottom())) {
+        if (best < 0 || m_layout.frames()[row].top() < m_layout.frames()[best].top())
+            best = row;
+    }
+    return best < 0 ? QString() : m_model->idAt(best);
 }
 
 void MasonryView::componentComplete()
@@ -261,7 +282,7 @@ void MasonryView::relayout()
     const double before = m_layout.contentHeight();
     static const QList<LibraryItem> none;
     const QList<LibraryItem> &items = m_model ? m_model->items() : none;
-    m_layout = m_mode == Mode::timeline
+    m_layout = m_timeline
                    ? CardLayout::timeline(items, m_columns, width(), m_settings, QDate::currentDate())
                    : CardLayout::grid(items, m_columns, width(), m_settings);
     m_rowOfId.clear();

@@ -31,7 +31,8 @@ class MasonryView : public QQuickItem
     Q_PROPERTY(kivo::ItemListModel *model READ model WRITE setModel NOTIFY modelChanged)
     Q_PROPERTY(QQmlComponent *delegate READ delegate WRITE setDelegate NOTIFY delegateChanged)
     Q_PROPERTY(QQmlComponent *sectionDelegate READ sectionDelegate WRITE setSectionDelegate NOTIFY sectionDelegateChanged)
-    Q_PROPERTY(Mode mode READ mode WRITE setMode NOTIFY modeChanged)
+    /** Days of masonry under headings instead of one masonry. */
+    Q_PROPERTY(bool timeline READ timeline WRITE setTimeline NOTIFY timelineChanged)
     Q_PROPERTY(int columns READ columns WRITE setColumns NOTIFY columnsChanged)
     Q_PROPERTY(double spacing READ spacing WRITE setSpacing NOTIFY spacingChanged)
     Q_PROPERTY(QString cardShape READ cardShape WRITE setCardShape NOTIFY cardShapeChanged)
@@ -47,9 +48,6 @@ class MasonryView : public QQuickItem
     Q_PROPERTY(int activeCount READ activeCount NOTIFY activeCountChanged)
 
 public:
-    enum class Mode { cards, timeline };
-    Q_ENUM(Mode)
-
     explicit MasonryView(QQuickItem *parent = nullptr);
     ~MasonryView() override;
 
@@ -59,8 +57,8 @@ public:
     void setDelegate(QQmlComponent *delegate);
     [[nodiscard]] QQmlComponent *sectionDelegate() const { return m_sectionDelegate; }
     void setSectionDelegate(QQmlComponent *delegate);
-    [[nodiscard]] Mode mode() const { return m_mode; }
-    void setMode(Mode mode);
+    [[nodiscard]] bool timeline() const { return m_timeline; }
+    void setTimeline(bool timeline);
     [[nodiscard]] int columns() const { return m_columns; }
     void setColumns(int columns);
     [[nodiscard]] double spacing() const { return m_settings.gridSpacing; }
@@ -87,17 +85,20 @@ public:
     /** Delegates made so far (pooled ones are reused, so this stays near the number on screen). */
     [[nodiscard]] int createdCount() const { return m_created; }
 
-    [[nodiscard]] const CardLayout &layout() const { return m_layout; }
+    /** The layout of the current rows and settings, worked out now if a change is pending. */
+    [[nodiscard]] const CardLayout &layout();
     /** The card's frame in this view's coordinates; the null rectangle when it is not in the list. */
-    Q_INVOKABLE QRectF frameOf(const QString &itemId) const;
-    /** The viewport in this view's coordinates. */
+    Q_INVOKABLE QRectF frameOf(const QString &itemId);
+    /** The viewport in this view's coordinates; the null rectangle until the view has a size. */
     [[nodiscard]] QRectF viewport() const;
     /** Whether the card lies in the viewport, 8 points in from the top and bottom. */
-    Q_INVOKABLE bool isCardVisible(const QString &itemId) const;
+    Q_INVOKABLE bool isCardVisible(const QString &itemId);
     /** The scroll position that puts the card's point at `anchorY` (0 top, 1 bottom) of the viewport. */
-    Q_INVOKABLE double scrollTargetFor(const QString &itemId, double anchorY) const;
+    Q_INVOKABLE double scrollTargetFor(const QString &itemId, double anchorY);
     /** The id of the card under a point of this view, or empty. */
-    Q_INVOKABLE QString itemAt(double x, double y) const;
+    Q_INVOKABLE QString itemAt(double x, double y);
+    /** The card with the smallest top edge that is still on screen, or empty. */
+    Q_INVOKABLE QString topVisibleItem();
     /** The card delegate showing an item, if it exists now. */
     Q_INVOKABLE QQuickItem *cardFor(const QString &itemId) const { return m_cards.value(itemId); }
 
@@ -105,7 +106,7 @@ Q_SIGNALS:
     void modelChanged();
     void delegateChanged();
     void sectionDelegateChanged();
-    void modeChanged();
+    void timelineChanged();
     void columnsChanged();
     void spacingChanged();
     void cardShapeChanged();
@@ -144,7 +145,7 @@ private:
     QPointer<ItemListModel> m_model;
     QPointer<QQmlComponent> m_delegate;
     QPointer<QQmlComponent> m_sectionDelegate;
-    Mode m_mode = Mode::cards;
+    bool m_timeline = false;
     int m_columns = 4;
     CardSettings m_settings;
     double m_viewportY = 0;

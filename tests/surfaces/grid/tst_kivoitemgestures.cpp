@@ -38,7 +38,7 @@ void TestKivoItemGestures::click_data()
     QTest::newRow("shift wins over control") << Qt::KeyboardModifiers(Qt::ShiftModifier | Qt::ControlModifier) << false << 1 << false << false << ClickAction::selectRange;
     QTest::newRow("control toggles") << Qt::KeyboardModifiers(Qt::ControlModifier) << false << 1 << false << true << ClickAction::toggle;
     QTest::newRow("alt shows details") << Qt::KeyboardModifiers(Qt::AltModifier) << false << 1 << true << false << ClickAction::showDetails;
-    QTest::newRow("plain click in a multi-selection toggles") << none << false << 1 << true << true << ClickAction::toggle;
+    QTest::newRow("plain click in a multi-selection toggles") << none << false << 1 << true << true << ClickAction::toggleInSelection;
     QTest::newRow("plain click with details open follows") << none << false << 1 << false << true << ClickAction::followDetails;
 }
 
