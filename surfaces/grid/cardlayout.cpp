@@ -22,10 +22,26 @@ int bandOf(double y)
     return std::max(0, int(std::floor(y / bandHeight)));
 }
 
-QDate localDay(double seconds)
+/** The local calendar day of a time, remembering the last day's span: neighbours mostly share one. */
+class LocalDays
 {
-    return QDateTime::fromMSecsSinceEpoch(qint64(seconds * 1000.0)).date();
-}
+public:
+    QDate operator()(double seconds)
+    {
+        const auto second = qint64(std::floor(seconds));
+        if (second < m_start || second >= m_end) {
+            m_day = QDateTime::fromSecsSinceEpoch(second).date();
+            m_start = m_day.startOfDay().toSecsSinceEpoch();
+            m_end = m_day.addDays(1).startOfDay().toSecsSinceEpoch();
+        }
+        return m_day;
+    }
+
+private:
+    qint64 m_start = 1;
+    qint64 m_end = 0;
+    QDate m_day;
+};
 
 } // namespace
 
@@ -56,7 +72,8 @@ CardLayout CardLayout::timeline(const QList<LibraryItem> &items, int columns, do
     QList<int> order(items.size());
     std::iota(order.begin(), order.end(), 0);
     std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return items[a].addedAt > items[b].addedAt; });
-    // Local-time conversion is the costly part: once per item.
+    // Local-time conversion is the costly part: once per day rather than once per item.
+    LocalDays localDay;
     QList<QDate> days(items.size());
     for (qsizetype i = 0; i < items.size(); ++i)
         days[i] = localDay(items[i].addedAt);

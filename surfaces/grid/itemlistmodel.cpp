@@ -38,10 +38,10 @@ QList<qsizetype> longestIncreasing(const QList<qsizetype> &sequence)
     return chain;
 }
 
-qsizetype indexOfId(const QList<LibraryItem> &items, const QString &id)
+qsizetype indexOfId(const QList<const LibraryItem *> &rows, const QString &id)
 {
-    for (qsizetype i = 0; i < items.size(); ++i) {
-        if (items[i].id == id)
+    for (qsizetype i = 0; i < rows.size(); ++i) {
+        if (rows[i]->id == id)
             return i;
     }
     return -1;
@@ -76,7 +76,7 @@ ItemListModel::ItemListModel(QObject *parent)
 
 int ItemListModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : int(m_items.size());
+    return parent.isValid() ? 0 : int(m_rows.size());
 }
 
 QHash<int, QByteArray> ItemListModel::roleNames() const
@@ -109,7 +109,7 @@ QVariant ItemListModel::data(const QModelIndex &index, int role) const
 {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
         return {};
-    const LibraryItem &item = m_items[index.row()];
+    const LibraryItem &item = *m_rows[index.row()];
     switch (role) {
     case Qt::DisplayRole:
     case DisplayTitleRole:
@@ -165,108 +165,132 @@ QVariant ItemListModel::data(const QModelIndex &index, int role) const
 
 int ItemListModel::indexOf(const QString &itemId) const
 {
-    return int(indexOfId(m_items, itemId));
+    return int(indexOfId(m_rows, itemId));
 }
 
 QString ItemListModel::idAt(int row) const
 {
-    return row >= 0 && row < m_items.size() ? m_items[row].id : QString();
+    return row >= 0 && row < m_rows.size() ? m_rows[row]->id : QString();
 }
 
 void ItemListModel::setItems(const QList<LibraryItem> &items, const QHash<QString, QStringList> &tagNamesByItem)
 {
     const int before = count();
-    QSet<QString> ids;
-    ids.reserve(items.size());
-    for (const LibraryItem &item : items)
-        ids.insert(item.id);
-    if (ids.size() != items.size()) {
+    // Rows are pointers, into the old list until they are pointed at the new one, so the steps
+    // below move 8 bytes a row rather than whole records.
+    m_incoming = items;
+    if (sameIdsInOrder(items)) {
+        // The usual reload after an edit: nothing to move, only records to compare.
+        refreshChanged(items, tagNamesByItem);
+        m_items = m_incoming;
+        m_incoming.clear();
+        Q_EMIT itemsChanged();
+        return;
+    }
+    QHash<QString, qsizetype> newIndex;
+    newIndex.reserve(items.size());
+    for (qsizetype k = 0; k < items.size(); ++k)
+        newIndex.insert(items[k].id, k);
+    if (newIndex.size() != items.size()) {
         // Duplicate ids cannot be matched row for row.
-        reset(items, tagNamesByItem);
+        reset(tagNamesByItem);
     } else {
-        removeGone(ids);
-        if (moveIntoOrder(items)) {
-            insertNew(items);
+        removeGone(newIndex);
+        // Where each new row stands now (-1 for new ones): one pass, no second table.
+        QList<qsizetype> currentOfNew(items.size(), -1);
+        for (qsizetype i = 0; i < m_rows.size(); ++i)
+            currentOfNew[newIndex.value(m_rows[i]->id)] = i;
+        if (moveIntoOrder(items, currentOfNew)) {
+            insertNew(items, currentOfNew);
             refreshChanged(items, tagNamesByItem);
         } else {
-            reset(items, tagNamesByItem);
+            reset(tagNamesByItem);
         }
     }
+    m_items = m_incoming;
+    m_incoming.clear();
     if (count() != before)
         Q_EMIT countChanged();
     Q_EMIT itemsChanged();
 }
 
-void ItemListModel::removeGone(const QSet<QString> &kept)
+bool ItemListModel::sameIdsInOrder(const QList<LibraryItem> &items) const
 {
-    for (qsizetype last = m_items.size() - 1; last >= 0; --last) {
-        if (kept.contains(m_items[last].id))
+    if (items.size() != m_rows.size())
+        return false;
+    if (items.constData() == m_items.constData())
+        return true;
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        if (items[i].id != m_rows[i]->id)
+            return false;
+    }
+    return true;
+}
+
+void ItemListModel::removeGone(const QHash<QString, qsizetype> &kept)
+{
+    for (qsizetype last = m_rows.size() - 1; last >= 0; --last) {
+        if (kept.contains(m_rows[last]->id))
             continue;
         qsizetype first = last;
-        while (first > 0 && !kept.contains(m_items[first - 1].id))
+        while (first > 0 && !kept.contains(m_rows[first - 1]->id))
             --first;
         beginRemoveRows({}, int(first), int(last));
-        m_items.remove(first, last - first + 1);
+        m_rows.remove(first, last - first + 1);
         endRemoveRows();
         last = first;
     }
 }
 
-bool ItemListModel::moveIntoOrder(const QList<LibraryItem> &items)
+bool ItemListModel::moveIntoOrder(const QList<LibraryItem> &items, const QList<qsizetype> &currentOfNew)
 {
     // The rows that stay put are a longest run already in the new order; only the others move,
     // each to just after the row that precedes it in the new order.
-    QHash<QString, qsizetype> current;
-    current.reserve(m_items.size());
-    for (qsizetype i = 0; i < m_items.size(); ++i)
-        current.insert(m_items[i].id, i);
-    QList<QString> order;
-    QList<qsizetype> positions;
-    for (const LibraryItem &item : items) {
-        const auto found = current.constFind(item.id);
-        if (found != current.cend()) {
-            order.append(item.id);
-            positions.append(*found);
+    QList<qsizetype> order;      // indexes into `items` of the rows that exist now, in the new order
+    QList<qsizetype> positions;  // their current rows
+    for (qsizetype k = 0; k < items.size(); ++k) {
+        if (currentOfNew[k] >= 0) {
+            order.append(k);
+            positions.append(currentOfNew[k]);
         }
     }
     const QList<qsizetype> stable = longestIncreasing(positions);
     if (order.size() - stable.size() > maximumMoves)
         return false;
-    QSet<QString> staying;
+    QList<bool> staying(order.size(), false);
     for (const qsizetype i : stable)
-        staying.insert(order[i]);
+        staying[i] = true;
 
     for (qsizetype k = 0; k < order.size(); ++k) {
-        if (staying.contains(order[k]))
+        if (staying[k])
             continue;
-        const qsizetype from = indexOfId(m_items, order[k]);
-        const qsizetype to = k == 0 ? 0 : indexOfId(m_items, order[k - 1]) + 1;
+        const qsizetype from = indexOfId(m_rows, items[order[k]].id);
+        const qsizetype to = k == 0 ? 0 : indexOfId(m_rows, items[order[k - 1]].id) + 1;
         if (to == from || to == from + 1)
             continue;
         beginMoveRows({}, int(from), int(from), {}, int(to));
-        m_items.move(from, from < to ? to - 1 : to);
+        m_rows.move(from, from < to ? to - 1 : to);
         endMoveRows();
     }
     return true;
 }
 
-void ItemListModel::insertNew(const QList<LibraryItem> &items)
+void ItemListModel::insertNew(const QList<LibraryItem> &items, const QList<qsizetype> &currentOfNew)
 {
-    QSet<QString> existing;
-    existing.reserve(m_items.size());
-    for (const LibraryItem &item : m_items)
-        existing.insert(item.id);
     for (qsizetype k = 0; k < items.size();) {
-        if (existing.contains(items[k].id)) {
+        if (currentOfNew[k] >= 0) {
             ++k;
             continue;
         }
         qsizetype end = k + 1;
-        while (end < items.size() && !existing.contains(items[end].id))
+        while (end < items.size() && currentOfNew[end] < 0)
             ++end;
         beginInsertRows({}, int(k), int(end - 1));
-        m_items.insert(k, end - k, LibraryItem());
-        std::copy(items.cbegin() + k, items.cbegin() + end, m_items.begin() + k);
+        QList<const LibraryItem *> added(end - k);
+        for (qsizetype i = k; i < end; ++i)
+            added[i - k] = m_incoming.constData() + i;
+        m_rows.insert(k, end - k, nullptr);
+        std::copy(added.cbegin(), added.cend(), m_rows.begin() + k);
         endInsertRows();
         k = end;
     }
@@ -274,7 +298,8 @@ void ItemListModel::insertNew(const QList<LibraryItem> &items)
 
 void ItemListModel::refreshChanged(const QList<LibraryItem> &items, const QHash<QString, QStringList> &tagNamesByItem)
 {
-    Q_ASSERT(items.size() == m_items.size());
+    Q_ASSERT(items.size() == m_rows.size());
+    const bool checkTags = !m_tagNames.isEmpty() || !tagNamesByItem.isEmpty();
     qsizetype runStart = -1;
     const auto flush = [&](qsizetype end) {
         if (runStart >= 0)
@@ -282,9 +307,11 @@ void ItemListModel::refreshChanged(const QList<LibraryItem> &items, const QHash<
         runStart = -1;
     };
     for (qsizetype i = 0; i < items.size(); ++i) {
-        const bool changed = !(m_items[i] == items[i]) || m_tagNames.value(items[i].id) != tagNamesByItem.value(items[i].id);
+        const LibraryItem *incoming = m_incoming.constData() + i;
+        const bool changed = !(*m_rows[i] == *incoming)
+                             || (checkTags && m_tagNames.value(incoming->id) != tagNamesByItem.value(incoming->id));
+        m_rows[i] = incoming;
         if (changed) {
-            m_items[i] = items[i];
             if (runStart < 0)
                 runStart = i;
         } else {
@@ -295,10 +322,12 @@ void ItemListModel::refreshChanged(const QList<LibraryItem> &items, const QHash<
     flush(items.size());
 }
 
-void ItemListModel::reset(const QList<LibraryItem> &items, const QHash<QString, QStringList> &tagNamesByItem)
+void ItemListModel::reset(const QHash<QString, QStringList> &tagNamesByItem)
 {
     beginResetModel();
-    m_items = items;
+    m_rows.resize(m_incoming.size());
+    for (qsizetype i = 0; i < m_incoming.size(); ++i)
+        m_rows[i] = m_incoming.constData() + i;
     m_tagNames = tagNamesByItem;
     endResetModel();
 }

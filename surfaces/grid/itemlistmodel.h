@@ -95,13 +95,19 @@ Q_SIGNALS:
     void itemsChanged();
 
 private:
-    void removeGone(const QSet<QString> &kept);
-    bool moveIntoOrder(const QList<LibraryItem> &items);
-    void insertNew(const QList<LibraryItem> &items);
+    [[nodiscard]] bool sameIdsInOrder(const QList<LibraryItem> &items) const;
+    void removeGone(const QHash<QString, qsizetype> &kept);
+    bool moveIntoOrder(const QList<LibraryItem> &items, const QList<qsizetype> &currentOfNew);
+    void insertNew(const QList<LibraryItem> &items, const QList<qsizetype> &currentOfNew);
     void refreshChanged(const QList<LibraryItem> &items, const QHash<QString, QStringList> &tagNamesByItem);
-    void reset(const QList<LibraryItem> &items, const QHash<QString, QStringList> &tagNamesByItem);
+    void reset(const QHash<QString, QStringList> &tagNamesByItem);
 
+    /** The current list, shared with the Store's copy; `items()`. */
     QList<LibraryItem> m_items;
+    /** The list being taken in during `setItems`. */
+    QList<LibraryItem> m_incoming;
+    /** Row to record: into `m_items`, or during `setItems` into either list. */
+    QList<const LibraryItem *> m_rows;
     QHash<QString, QStringList> m_tagNames;
 };
 

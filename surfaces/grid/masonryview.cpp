@@ -200,7 +200,8 @@ const CardLayout &MasonryView::layout()
 
 QRectF MasonryView::frameOf(const QString &itemId)
 {
-    layout();
+    if (m_layoutDirty)
+        relayout();
     const auto row = m_rowOfId.constFind(itemId);
     if (row == m_rowOfId.cend() || *row >= m_layout.frames().size())
         return {};
@@ -330,22 +331,24 @@ void MasonryView::syncDelegates()
         const QString &id = items[row].id;
         if (m_cards.contains(id))
             continue;
-        QQuickItem *card = takeCard();
+        QQuickItem *card = takeCard(row);
         if (!card)
             break;
         m_cards.insert(id, card);
         placeCard(card, row);
-        writeData(card, row);
         card->setVisible(true);
     }
 
     if (m_sectionDelegate) {
         releaseAllSections();
         for (const int index : m_layout.sectionsIn(top, bottom)) {
-            QQuickItem *section = m_sectionPool.isEmpty() ? create(m_sectionDelegate) : m_sectionPool.takeLast();
+            const CardLayout::Section &info = m_layout.sections()[index];
+            QQuickItem *section = m_sectionPool.isEmpty() ? create(m_sectionDelegate, [&info](QObject *heading) {
+                return declares(heading, "title") ? QVariantMap{{u"title"_s, info.title}} : QVariantMap();
+            })
+                                                          : m_sectionPool.takeLast();
             if (!section)
                 break;
-            const CardLayout::Section &info = m_layout.sections()[index];
             section->setPosition(info.frame.topLeft());
             section->setSize(info.frame.size());
             writeIfDeclared(section, "title", info.title);
@@ -357,14 +360,17 @@ void MasonryView::syncDelegates()
         Q_EMIT activeCountChanged();
 }
 
-QQuickItem *MasonryView::takeCard()
+QQuickItem *MasonryView::takeCard(int row)
 {
-    if (!m_cardPool.isEmpty())
-        return m_cardPool.takeLast();
-    return create(m_delegate);
+    if (!m_cardPool.isEmpty()) {
+        QQuickItem *card = m_cardPool.takeLast();
+        writeData(card, row);
+        return card;
+    }
+    return create(m_delegate, [this, row](QObject *card) { return cardValues(card, row); });
 }
 
-QQuickItem *MasonryView::create(QQmlComponent *component)
+QQuickItem *MasonryView::create(QQmlComponent *component, const std::function<QVariantMap(QObject *)> &values)
 {
     QQmlContext *context = component->creationContext() ? component->creationContext() : qmlContext(this);
     QObject *object = component->beginCreate(context);
@@ -375,26 +381,31 @@ QQuickItem *MasonryView::create(QQmlComponent *component)
         return nullptr;
     }
     // Required properties get their first values before the delegate completes.
-    QVariantMap initial;
-    if (m_model && component == m_delegate) {
-        const auto roles = m_model->roleNames();
-        for (auto it = roles.cbegin(); it != roles.cend(); ++it) {
-            if (declares(item, it.value().constData()))
-                initial.insert(QString::fromLatin1(it.value()), QVariant());
-        }
-        for (const char *name : {"index", "selected", "focused", "thumbnailWidth"}) {
-            if (declares(item, name))
-                initial.insert(QString::fromLatin1(name), QVariant());
-        }
-    } else if (declares(item, "title")) {
-        initial.insert(u"title"_s, QString());
-    }
-    component->setInitialProperties(item, initial);
+    component->setInitialProperties(item, values(item));
     item->setParent(this);
     item->setParentItem(this);
     component->completeCreate();
     ++m_created;
     return item;
+}
+
+QVariantMap MasonryView::cardValues(QObject *card, int row) const
+{
+    QVariantMap values;
+    const auto put = [&](const QByteArray &name, const QVariant &value) {
+        if (declares(card, name.constData()))
+            values.insert(QString::fromLatin1(name), value);
+    };
+    const QModelIndex index = m_model->index(row);
+    const auto roles = m_model->roleNames();
+    for (auto it = roles.cbegin(); it != roles.cend(); ++it)
+        put(it.value(), m_model->data(index, it.key()));
+    const QString id = m_model->idAt(row);
+    put("index", row);
+    put("thumbnailWidth", m_thumbnailWidth);
+    put("selected", m_selected.contains(id));
+    put("focused", !m_focusedId.isEmpty() && m_focusedId == id);
+    return values;
 }
 
 void MasonryView::releaseAllCards()
@@ -428,12 +439,9 @@ void MasonryView::placeCard(QQuickItem *card, int row)
 
 void MasonryView::writeData(QQuickItem *card, int row)
 {
-    const QModelIndex index = m_model->index(row);
-    const auto roles = m_model->roleNames();
-    for (auto it = roles.cbegin(); it != roles.cend(); ++it)
-        writeIfDeclared(card, it.value().constData(), m_model->data(index, it.key()));
-    writeIfDeclared(card, "thumbnailWidth", m_thumbnailWidth);
-    writeState(card, m_model->idAt(row));
+    const QVariantMap values = cardValues(card, row);
+    for (auto it = values.cbegin(); it != values.cend(); ++it)
+        card->setProperty(it.key().toLatin1().constData(), it.value());
 }
 
 void MasonryView::writeState(QQuickItem *card, const QString &itemId)

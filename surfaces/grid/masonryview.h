@@ -10,6 +10,8 @@
 #include <QSet>
 #include <QtQml/qqmlregistration.h>
 
+#include <functional>
+
 namespace kivo {
 
 class ItemListModel;
@@ -132,8 +134,10 @@ private:
     void invalidateLayout();
     void relayout();
     void syncDelegates();
-    QQuickItem *takeCard();
-    QQuickItem *create(QQmlComponent *component);
+    QQuickItem *takeCard(int row);
+    QQuickItem *create(QQmlComponent *component, const std::function<QVariantMap(QObject *)> &values);
+    /** The values a card declares properties for: the row's roles, `index`, `thumbnailWidth`, `selected`, `focused`. */
+    [[nodiscard]] QVariantMap cardValues(QObject *card, int row) const;
     void releaseAllCards();
     void releaseAllSections();
     void placeCard(QQuickItem *card, int row);
