@@ -11,8 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace kivo {
 
-ThumbnailService::ThumbnailService(qint64 cacheBytes)
-    : m_cache(cacheBytes)
+ThumbnailService::ThumbnailService(qint64 cacheBytes) : m_cache(cacheBytes)
 {
     // Leave one core to the interface thread; decoding is CPU-bound.
     m_pool.setMaxThreadCount(std::clamp(QThread::idealThreadCount() - 1, 2, 6));
@@ -28,8 +27,8 @@ ThumbnailService::~ThumbnailService()
 QString ThumbnailService::cacheKey(const QString &path, const QSize &bound)
 {
     const QFileInfo info(path);
-    return path + u'|' + QString::number(info.lastModified().toMSecsSinceEpoch()) + u'|'
-           + QString::number(info.size()) + u'|' + QString::number(bound.width()) + u'x' + QString::number(bound.height());
+    return path + u'|' + QString::number(info.lastModified().toMSecsSinceEpoch()) + u'|' + QString::number(info.size())
+        + u'|' + QString::number(bound.width()) + u'x' + QString::number(bound.height());
 }
 
 QImage ThumbnailService::thumbnail(const QString &path, const QSize &bound)

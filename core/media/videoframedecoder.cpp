@@ -147,7 +147,7 @@ FramePointer decodeUpTo(OpenedVideo &video, int64_t target)
 QImage toImage(const AVFrame *frame, const QSize &target)
 {
     ScalerPointer scaler(sws_getContext(frame->width, frame->height, AVPixelFormat(frame->format), target.width(),
-                                        target.height(), AV_PIX_FMT_RGB24, SWS_AREA, nullptr, nullptr, nullptr));
+        target.height(), AV_PIX_FMT_RGB24, SWS_AREA, nullptr, nullptr, nullptr));
     if (!scaler)
         return {};
     QImage image(target, QImage::Format_RGB888);

@@ -55,7 +55,7 @@ CardLayout CardLayout::grid(const QList<LibraryItem> &items, int columns, double
     double bottom = 0;
     for (const GridNav::Placement &placement : placements) {
         const QRectF frame(GridNav::horizontalInset / 2 + placement.column * (cardWidth + settings.gridSpacing),
-                           verticalPadding + placement.top, cardWidth, placement.height);
+            verticalPadding + placement.top, cardWidth, placement.height);
         layout.m_frames.append(frame);
         bottom = std::max(bottom, frame.bottom());
     }
@@ -64,8 +64,8 @@ CardLayout CardLayout::grid(const QList<LibraryItem> &items, int columns, double
     return layout;
 }
 
-CardLayout CardLayout::timeline(const QList<LibraryItem> &items, int columns, double width, const CardSettings &settings,
-                                const QDate &today)
+CardLayout CardLayout::timeline(
+    const QList<LibraryItem> &items, int columns, double width, const CardSettings &settings, const QDate &today)
 {
     CardLayout layout;
     layout.m_frames.resize(items.size());
@@ -86,16 +86,20 @@ CardLayout CardLayout::timeline(const QList<LibraryItem> &items, int columns, do
         qsizetype end = start + 1;
         while (end < order.size() && days[order[end]] == day)
             ++end;
-        layout.m_sections.append({QRectF(GridNav::horizontalInset / 2, y, inner, sectionHeadingHeight),
-                                  dayTitle(day, today), order[start]});
+        layout.m_sections.append(
+            {QRectF(GridNav::horizontalInset / 2, y, inner, sectionHeadingHeight), dayTitle(day, today), order[start]});
         y += sectionHeadingHeight;
 
         const int count = int(end - start);
         MasonryLayout::Cache cache;
-        const QSizeF size = masonry.sizeThatFits(inner, count, [&](int i, double cardWidth) {
-            return GridNav::itemCardHeight(items[order[start + i]], cardWidth, settings);
-        }, cache);
-        const QList<QRectF> frames = masonry.placeSubviews(QRectF(GridNav::horizontalInset / 2, y, inner, size.height()), count, cache);
+        const QSizeF size = masonry.sizeThatFits(
+            inner, count,
+            [&](int i, double cardWidth) {
+                return GridNav::itemCardHeight(items[order[start + i]], cardWidth, settings);
+            },
+            cache);
+        const QList<QRectF> frames
+            = masonry.placeSubviews(QRectF(GridNav::horizontalInset / 2, y, inner, size.height()), count, cache);
         for (int i = 0; i < count; ++i)
             layout.m_frames[order[start + i]] = frames[i];
         y += size.height() + sectionGap;
@@ -112,7 +116,8 @@ QString CardLayout::dayTitle(const QDate &day, const QDate &today)
         return u"Today"_s;
     if (day == today.addDays(-1))
         return u"Yesterday"_s;
-    return QLocale(QLocale::English).toString(day, day.year() == today.year() ? u"dddd d MMMM"_s : u"dddd d MMMM yyyy"_s);
+    return QLocale(QLocale::English)
+        .toString(day, day.year() == today.year() ? u"dddd d MMMM"_s : u"dddd d MMMM yyyy"_s);
 }
 
 void CardLayout::buildIndex()
@@ -152,7 +157,7 @@ QList<int> CardLayout::sectionsIn(double top, double bottom) const
 {
     QList<int> found;
     const auto firstBelow = std::lower_bound(m_sections.cbegin(), m_sections.cend(), top,
-                                             [](const Section &section, double y) { return section.frame.bottom() <= y; });
+        [](const Section &section, double y) { return section.frame.bottom() <= y; });
     for (auto it = firstBelow; it != m_sections.cend() && it->frame.top() < bottom; ++it)
         found.append(int(it - m_sections.cbegin()));
     return found;

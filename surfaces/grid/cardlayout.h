@@ -31,13 +31,14 @@ public:
     static constexpr double sectionGap = 18;
 
     /** The card grid: GridNav's placement, inset 18 on each side. */
-    [[nodiscard]] static CardLayout grid(const QList<LibraryItem> &items, int columns, double width, const CardSettings &settings);
+    [[nodiscard]] static CardLayout grid(
+        const QList<LibraryItem> &items, int columns, double width, const CardSettings &settings);
     /**
      * The timeline: items grouped by the calendar day they were added, newest first (a stable
      * order for equal times), each day a masonry of `columns` columns under its heading.
      */
-    [[nodiscard]] static CardLayout timeline(const QList<LibraryItem> &items, int columns, double width,
-                                             const CardSettings &settings, const QDate &today);
+    [[nodiscard]] static CardLayout timeline(
+        const QList<LibraryItem> &items, int columns, double width, const CardSettings &settings, const QDate &today);
 
     /** The frame of each row of the item list, in list order. */
     [[nodiscard]] const QList<QRectF> &frames() const { return m_frames; }

@@ -52,7 +52,8 @@ EmptyState EmptyState::forSelection(const SidebarSelection &selection, const QSt
         return {u"Nothing Hidden"_s, u"Items you hide leave All and wait here, still in their boards."_s};
     case SidebarSelection::Kind::type: {
         const QString words = kindWords(selection.filter());
-        return {u"No "_s + words.at(0).toUpper() + words.mid(1) + u" Yet"_s, u"When you save %1 they show up here."_s.arg(words)};
+        return {u"No "_s + words.at(0).toUpper() + words.mid(1) + u" Yet"_s,
+            u"When you save %1 they show up here."_s.arg(words)};
     }
     case SidebarSelection::Kind::collection:
         return {u"This Board Is Empty"_s, u"Drag things here, or file them from anywhere in your library."_s};

@@ -15,8 +15,8 @@ struct EmptyState {
      * The words for a selection. An empty library invites the first drop wherever one looks
      * from All; a search with no rows says so; each list and board has its own sentence.
      */
-    [[nodiscard]] static EmptyState forSelection(const SidebarSelection &selection, const QString &searchText,
-                                                 bool libraryEmpty);
+    [[nodiscard]] static EmptyState forSelection(
+        const SidebarSelection &selection, const QString &searchText, bool libraryEmpty);
 };
 
 } // namespace kivo

@@ -37,9 +37,7 @@ std::optional<QUrl> parsedUrl(const std::optional<QString> &text)
 } // namespace
 
 GridController::GridController(QObject *parent)
-    : QObject(parent)
-    , m_rows(new ItemListModel(this))
-    , m_railRows(new ItemListModel(this))
+    : QObject(parent), m_rows(new ItemListModel(this)), m_railRows(new ItemListModel(this))
 {
     connect(m_rows, &ItemListModel::countChanged, this, &GridController::updateEmptyState);
     connect(m_railRows, &ItemListModel::countChanged, this, [this] {
@@ -154,7 +152,7 @@ void GridController::reloadRows()
 void GridController::reloadRail()
 {
     m_railRows->setItems(m_store ? m_store->railItems() : QList<LibraryItem>(),
-                         m_store ? m_store->tagNamesByItem() : QHash<QString, QStringList>());
+        m_store ? m_store->tagNamesByItem() : QHash<QString, QStringList>());
 }
 
 void GridController::updateEmptyState()
@@ -197,8 +195,8 @@ void GridController::moveGridFocus(int dx, int dy)
     context.cells = [this] { return gridNavCells(); };
     context.isVisible = [this](const QString &id) { return m_cardView && m_cardView->isCardVisible(id); };
     const QString focused = m_store->selectedItemId();
-    const GridNav::FocusMove move = GridNav::moveFocus(m_store->allRows(), focused.isEmpty() ? std::nullopt : std::optional(focused),
-                                                       dx, dy, context);
+    const GridNav::FocusMove move = GridNav::moveFocus(
+        m_store->allRows(), focused.isEmpty() ? std::nullopt : std::optional(focused), dx, dy, context);
     if (!move.select)
         return;
     m_store->selectItem(*move.select);
@@ -212,8 +210,7 @@ void GridController::clickItem(const QString &itemId, int clickCount, int modifi
         return;
     using namespace KivoItemGestures;
     const ClickAction action = clickAction(Qt::KeyboardModifiers(modifiers),
-                                           {false, clickCount, !m_store->selectedItemIds().isEmpty(),
-                                            !m_store->detailsItemId().isEmpty()});
+        {false, clickCount, !m_store->selectedItemIds().isEmpty(), !m_store->detailsItemId().isEmpty()});
     if (action == ClickAction::none)
         return;
     setKeyboardFocusActive(false);
@@ -262,7 +259,7 @@ bool GridController::handleKey(int key, int modifiers)
     }
     const QString selected = m_store->selectedItemId();
     const KeyState state{!m_store->selectedItemIds().isEmpty(), m_keyboardFocusActive, previewOpen,
-                         !selected.isEmpty() && m_rows->indexOf(selected) >= 0};
+        !selected.isEmpty() && m_rows->indexOf(selected) >= 0};
     const KeyAction action = keyAction(key, Qt::KeyboardModifiers(modifiers), state);
     switch (action) {
     case KeyAction::none:
@@ -401,7 +398,8 @@ QVariantMap GridController::dragMimeData(const QString &itemId) const
         if (!item)
             continue;
         if (item->filePath)
-            addresses.append(QString::fromUtf8(QUrl::fromLocalFile(LibraryLocation::resolve(*item->filePath)).toEncoded()));
+            addresses.append(
+                QString::fromUtf8(QUrl::fromLocalFile(LibraryLocation::resolve(*item->filePath)).toEncoded()));
         else if (const auto url = parsedUrl(item->sourceURL))
             addresses.append(QString::fromUtf8(url->toEncoded()));
     }

@@ -52,7 +52,8 @@ class GridController : public QObject
 
 public:
     /** Where a drop or a paste goes; the import pipeline takes it from here. */
-    using ImportHook = std::function<void(const QList<QUrl> &urls, const QString &text, const std::optional<QString> &collectionId)>;
+    using ImportHook
+        = std::function<void(const QList<QUrl> &urls, const QString &text, const std::optional<QString> &collectionId)>;
 
     explicit GridController(QObject *parent = nullptr);
     ~GridController() override;

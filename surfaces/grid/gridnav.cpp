@@ -40,8 +40,8 @@ qsizetype indexOfId(const QList<LibraryItem> &items, const std::optional<QString
     return -1;
 }
 
-FocusMove linearStep(const QList<LibraryItem> &items, const std::optional<QString> &focusedId, int step,
-                     const FocusContext &context)
+FocusMove linearStep(
+    const QList<LibraryItem> &items, const std::optional<QString> &focusedId, int step, const FocusContext &context)
 {
     const qsizetype current = std::max<qsizetype>(indexOfId(items, focusedId), 0);
     const qsizetype next = std::clamp<qsizetype>(current + step, 0, items.size() - 1);
@@ -108,8 +108,8 @@ QList<Placement> place(const QList<LibraryItem> &items, int columns, double widt
     return placements;
 }
 
-QList<QList<LibraryItem>> estimateColumns(const QList<LibraryItem> &items, int columns, double width,
-                                          const CardSettings &settings)
+QList<QList<LibraryItem>> estimateColumns(
+    const QList<LibraryItem> &items, int columns, double width, const CardSettings &settings)
 {
     if (columns < 2)
         return {items};
@@ -141,8 +141,8 @@ QString cellsKey(const QList<LibraryItem> &items, double width, double gridColum
     Q_ASSERT_X(std::isfinite(gridColumns), "GridNav::cellsKey", "gridColumns must be finite");
     const QString first = items.isEmpty() ? QString() : items.first().id;
     const QString last = items.isEmpty() ? QString() : items.last().id;
-    return QStringList{QString::number(items.size()), first, last, QString::number(width),
-                       QString::number(qint64(gridColumns))}
+    return QStringList{
+        QString::number(items.size()), first, last, QString::number(width), QString::number(qint64(gridColumns))}
         .join(u'|');
 }
 
@@ -154,7 +154,7 @@ bool isFrameVisible(const QRectF &frame, const QRectF &viewport)
 }
 
 FocusMove moveFocus(const QList<LibraryItem> &items, const std::optional<QString> &focusedId, int dx, int dy,
-                    const FocusContext &context)
+    const FocusContext &context)
 {
     if (items.isEmpty())
         return {};
@@ -171,9 +171,8 @@ FocusMove moveFocus(const QList<LibraryItem> &items, const std::optional<QString
     }
 
     const QList<Cell> cells = context.cells();
-    const auto focused = std::find_if(cells.cbegin(), cells.cend(), [&](const Cell &cell) {
-        return focusedId && cell.item.id == *focusedId;
-    });
+    const auto focused = std::find_if(
+        cells.cbegin(), cells.cend(), [&](const Cell &cell) { return focusedId && cell.item.id == *focusedId; });
     if (focused == cells.cend())
         return {items.first().id, true};
 

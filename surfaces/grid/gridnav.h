@@ -60,11 +60,13 @@ struct Placement {
  * Places the items in list order, each in the column with the smallest running total (a tie
  * goes left). Fewer than 2 columns put everything in column 0.
  */
-[[nodiscard]] QList<Placement> place(const QList<LibraryItem> &items, int columns, double width, const CardSettings &settings);
-[[nodiscard]] QList<QList<LibraryItem>> estimateColumns(const QList<LibraryItem> &items, int columns, double width,
-                                                        const CardSettings &settings);
+[[nodiscard]] QList<Placement> place(
+    const QList<LibraryItem> &items, int columns, double width, const CardSettings &settings);
+[[nodiscard]] QList<QList<LibraryItem>> estimateColumns(
+    const QList<LibraryItem> &items, int columns, double width, const CardSettings &settings);
 /** The cells column by column, each column from the top. */
-[[nodiscard]] QList<Cell> estimateCells(const QList<LibraryItem> &items, int columns, double width, const CardSettings &settings);
+[[nodiscard]] QList<Cell> estimateCells(
+    const QList<LibraryItem> &items, int columns, double width, const CardSettings &settings);
 
 /** The key under which cells are cached: count, first id, last id, width and whole columns, joined by "|". */
 [[nodiscard]] QString cellsKey(const QList<LibraryItem> &items, double width, double gridColumns);
@@ -89,8 +91,8 @@ struct FocusContext {
 };
 
 /** The focus move for arrow steps (dx, dy) from the focused item over the items in list order. */
-[[nodiscard]] FocusMove moveFocus(const QList<LibraryItem> &items, const std::optional<QString> &focusedId, int dx, int dy,
-                                  const FocusContext &context);
+[[nodiscard]] FocusMove moveFocus(const QList<LibraryItem> &items, const std::optional<QString> &focusedId, int dx,
+    int dy, const FocusContext &context);
 
 } // namespace GridNav
 } // namespace kivo

@@ -19,11 +19,11 @@ namespace {
 /** Positions (into `sequence`) of one longest strictly increasing subsequence. */
 QList<qsizetype> longestIncreasing(const QList<qsizetype> &sequence)
 {
-    QList<qsizetype> tails;        // positions of the smallest tail of each length
+    QList<qsizetype> tails; // positions of the smallest tail of each length
     QList<qsizetype> previous(sequence.size(), -1);
     for (qsizetype i = 0; i < sequence.size(); ++i) {
         const auto at = std::lower_bound(tails.begin(), tails.end(), sequence[i],
-                                         [&](qsizetype position, qsizetype value) { return sequence[position] < value; });
+            [&](qsizetype position, qsizetype value) { return sequence[position] < value; });
         const qsizetype length = at - tails.begin();
         if (length > 0)
             previous[i] = tails[length - 1];
@@ -63,14 +63,14 @@ QString durationText(double seconds)
         return {};
     const qint64 whole = qint64(seconds + 0.5);
     const qint64 hours = whole / 3600, minutes = whole / 60 % 60, rest = whole % 60;
-    const QString tail = u"%1:%2"_s.arg(minutes, hours ? 2 : 1, 10, QLatin1Char('0')).arg(rest, 2, 10, QLatin1Char('0'));
+    const QString tail
+        = u"%1:%2"_s.arg(minutes, hours ? 2 : 1, 10, QLatin1Char('0')).arg(rest, 2, 10, QLatin1Char('0'));
     return hours ? QString::number(hours) + u':' + tail : tail;
 }
 
 } // namespace
 
-ItemListModel::ItemListModel(QObject *parent)
-    : QAbstractListModel(parent)
+ItemListModel::ItemListModel(QObject *parent) : QAbstractListModel(parent)
 {
 }
 
@@ -139,7 +139,8 @@ QVariant ItemListModel::data(const QModelIndex &index, int role) const
     case ColoursRole:
         return QVariant::fromValue(ItemColours::decode(item.colors.value_or(QString())));
     case AccentRole:
-        return ItemColours::accent(ItemColours::decode(item.colors.value_or(QString()))).value_or(QColor(Qt::transparent));
+        return ItemColours::accent(ItemColours::decode(item.colors.value_or(QString())))
+            .value_or(QColor(Qt::transparent));
     case FavouriteRole:
         return item.favourite;
     case TagNamesRole:
@@ -147,8 +148,8 @@ QVariant ItemListModel::data(const QModelIndex &index, int role) const
     case AddedAtRole:
         return QDateTime::fromMSecsSinceEpoch(qint64(item.addedAt * 1000.0));
     case DateTextRole:
-        return QLocale(QLocale::English).toString(QDateTime::fromMSecsSinceEpoch(qint64(item.addedAt * 1000.0)),
-                                                  u"d MMM yyyy, h:mm AP"_s);
+        return QLocale(QLocale::English)
+            .toString(QDateTime::fromMSecsSinceEpoch(qint64(item.addedAt * 1000.0)), u"d MMM yyyy, h:mm AP"_s);
     case FileSizeRole:
         return item.fileSize ? double(*item.fileSize) : -1.0;
     case SizeTextRole:
@@ -246,8 +247,8 @@ bool ItemListModel::moveIntoOrder(const QList<LibraryItem> &items, const QList<q
 {
     // The rows that stay put are a longest run already in the new order; only the others move,
     // each to just after the row that precedes it in the new order.
-    QList<qsizetype> order;      // indexes into `items` of the rows that exist now, in the new order
-    QList<qsizetype> positions;  // their current rows
+    QList<qsizetype> order; // indexes into `items` of the rows that exist now, in the new order
+    QList<qsizetype> positions; // their current rows
     for (qsizetype k = 0; k < items.size(); ++k) {
         if (currentOfNew[k] >= 0) {
             order.append(k);
@@ -309,7 +310,7 @@ void ItemListModel::refreshChanged(const QList<LibraryItem> &items, const QHash<
     for (qsizetype i = 0; i < items.size(); ++i) {
         const LibraryItem *incoming = m_incoming.constData() + i;
         const bool changed = !(*m_rows[i] == *incoming)
-                             || (checkTags && m_tagNames.value(incoming->id) != tagNamesByItem.value(incoming->id));
+            || (checkTags && m_tagNames.value(incoming->id) != tagNamesByItem.value(incoming->id));
         m_rows[i] = incoming;
         if (changed) {
             if (runStart < 0)

@@ -6,7 +6,8 @@ namespace kivo::KivoItemGestures {
 
 namespace {
 
-constexpr Qt::KeyboardModifiers relevantModifiers = Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
+constexpr Qt::KeyboardModifiers relevantModifiers
+    = Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
 
 } // namespace
 

@@ -26,9 +26,7 @@ int shortestColumn(const QList<double> &totals)
 
 } // namespace
 
-MasonryLayout::MasonryLayout(int columns, double spacing)
-    : m_columns(columns)
-    , m_spacing(spacing)
+MasonryLayout::MasonryLayout(int columns, double spacing) : m_columns(columns), m_spacing(spacing)
 {
 }
 
@@ -38,10 +36,12 @@ double MasonryLayout::columnWidth(double width) const
     return roundToHalf((width - m_spacing * (n - 1)) / n);
 }
 
-QSizeF MasonryLayout::sizeThatFits(std::optional<double> proposedWidth, int count, const Measure &measure, Cache &cache) const
+QSizeF MasonryLayout::sizeThatFits(
+    std::optional<double> proposedWidth, int count, const Measure &measure, Cache &cache) const
 {
     const double width = proposedWidth.value_or(defaultProposedWidth);
-    const bool fresh = cache.width == width && cache.columns == m_columns && cache.spacing == m_spacing && cache.count == count;
+    const bool fresh
+        = cache.width == width && cache.columns == m_columns && cache.spacing == m_spacing && cache.count == count;
     if (!fresh) {
         const int n = std::max(m_columns, 1);
         const double cardWidth = columnWidth(width);
@@ -55,8 +55,8 @@ QSizeF MasonryLayout::sizeThatFits(std::optional<double> proposedWidth, int coun
         }
     }
     const double tallest = cache.columnTotals.isEmpty()
-                               ? m_spacing
-                               : *std::max_element(cache.columnTotals.cbegin(), cache.columnTotals.cend());
+        ? m_spacing
+        : *std::max_element(cache.columnTotals.cbegin(), cache.columnTotals.cend());
     return {width, std::max(tallest - m_spacing, 0.0)};
 }
 
@@ -70,7 +70,8 @@ QList<QRectF> MasonryLayout::placeSubviews(const QRectF &bounds, int count, cons
     for (int i = 0; i < count; ++i) {
         const int column = shortestColumn(totals);
         const double height = i < cache.heights.size() ? cache.heights[i] : 0.0;
-        frames.append(QRectF(bounds.x() + column * (cardWidth + m_spacing), bounds.y() + totals[column], cardWidth, height));
+        frames.append(
+            QRectF(bounds.x() + column * (cardWidth + m_spacing), bounds.y() + totals[column], cardWidth, height));
         totals[column] += height + m_spacing;
     }
     return frames;

@@ -42,7 +42,8 @@ public:
      * The layout's size for a proposed width (800 when none is proposed), measuring the cards
      * only when the cache does not match.
      */
-    [[nodiscard]] QSizeF sizeThatFits(std::optional<double> proposedWidth, int count, const Measure &measure, Cache &cache) const;
+    [[nodiscard]] QSizeF sizeThatFits(
+        std::optional<double> proposedWidth, int count, const Measure &measure, Cache &cache) const;
 
     /** The frame of each card, in order, within `bounds` (whose width is the one measured). */
     [[nodiscard]] QList<QRectF> placeSubviews(const QRectF &bounds, int count, const Cache &cache) const;

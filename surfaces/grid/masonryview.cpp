@@ -28,8 +28,7 @@ void writeIfDeclared(QObject *object, const char *name, const QVariant &value)
 
 } // namespace
 
-MasonryView::MasonryView(QQuickItem *parent)
-    : QQuickItem(parent)
+MasonryView::MasonryView(QQuickItem *parent) : QQuickItem(parent)
 {
     setFlag(ItemHasContents, false);
 }
@@ -283,9 +282,8 @@ void MasonryView::relayout()
     const double before = m_layout.contentHeight();
     static const QList<LibraryItem> none;
     const QList<LibraryItem> &items = m_model ? m_model->items() : none;
-    m_layout = m_timeline
-                   ? CardLayout::timeline(items, m_columns, width(), m_settings, QDate::currentDate())
-                   : CardLayout::grid(items, m_columns, width(), m_settings);
+    m_layout = m_timeline ? CardLayout::timeline(items, m_columns, width(), m_settings, QDate::currentDate())
+                          : CardLayout::grid(items, m_columns, width(), m_settings);
     m_rowOfId.clear();
     m_rowOfId.reserve(items.size());
     for (int row = 0; row < items.size(); ++row)
@@ -343,10 +341,12 @@ void MasonryView::syncDelegates()
         releaseAllSections();
         for (const int index : m_layout.sectionsIn(top, bottom)) {
             const CardLayout::Section &info = m_layout.sections()[index];
-            QQuickItem *section = m_sectionPool.isEmpty() ? create(m_sectionDelegate, [&info](QObject *heading) {
-                return declares(heading, "title") ? QVariantMap{{u"title"_s, info.title}} : QVariantMap();
-            })
-                                                          : m_sectionPool.takeLast();
+            QQuickItem *section = m_sectionPool.isEmpty()
+                ? create(m_sectionDelegate,
+                    [&info](QObject *heading) {
+                        return declares(heading, "title") ? QVariantMap{{u"title"_s, info.title}} : QVariantMap();
+                    })
+                : m_sectionPool.takeLast();
             if (!section)
                 break;
             section->setPosition(info.frame.topLeft());
@@ -462,7 +462,8 @@ void MasonryView::onDataChanged(const QModelIndex &from, const QModelIndex &to, 
 void MasonryView::updateThumbnailWidth()
 {
     const double ratio = window() ? window()->effectiveDevicePixelRatio() : 1.0;
-    const int bucket = ThumbnailProvider::widthBucket(GridNav::columnWidth(width(), m_columns, m_settings.gridSpacing) * ratio);
+    const int bucket
+        = ThumbnailProvider::widthBucket(GridNav::columnWidth(width(), m_columns, m_settings.gridSpacing) * ratio);
     if (bucket == m_thumbnailWidth)
         return;
     m_thumbnailWidth = bucket;

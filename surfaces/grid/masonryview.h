@@ -32,7 +32,8 @@ class MasonryView : public QQuickItem
     QML_ELEMENT
     Q_PROPERTY(kivo::ItemListModel *model READ model WRITE setModel NOTIFY modelChanged)
     Q_PROPERTY(QQmlComponent *delegate READ delegate WRITE setDelegate NOTIFY delegateChanged)
-    Q_PROPERTY(QQmlComponent *sectionDelegate READ sectionDelegate WRITE setSectionDelegate NOTIFY sectionDelegateChanged)
+    Q_PROPERTY(
+        QQmlComponent *sectionDelegate READ sectionDelegate WRITE setSectionDelegate NOTIFY sectionDelegateChanged)
     /** Days of masonry under headings instead of one masonry. */
     Q_PROPERTY(bool timeline READ timeline WRITE setTimeline NOTIFY timelineChanged)
     Q_PROPERTY(int columns READ columns WRITE setColumns NOTIFY columnsChanged)

@@ -27,7 +27,7 @@ class ThumbnailJob : public QObject, public QRunnable
 
 public:
     ThumbnailJob(std::shared_ptr<std::atomic_bool> cancelled, std::shared_ptr<ThumbnailService> service,
-                 ItemFileResolver resolver, ThumbnailProvider::Request request)
+        ItemFileResolver resolver, ThumbnailProvider::Request request)
         : m_cancelled(std::move(cancelled))
         , m_service(std::move(service))
         , m_resolver(std::move(resolver))
@@ -78,7 +78,10 @@ public:
         connect(job, &ThumbnailJob::done, this, &ThumbnailResponse::deliver);
     }
 
-    QQuickTextureFactory *textureFactory() const override { return QQuickTextureFactory::textureFactoryForImage(m_image); }
+    QQuickTextureFactory *textureFactory() const override
+    {
+        return QQuickTextureFactory::textureFactoryForImage(m_image);
+    }
     QString errorString() const override { return m_error; }
     void cancel() override { m_cancelled->store(true); }
 
@@ -98,8 +101,7 @@ private:
 } // namespace
 
 ThumbnailProvider::ThumbnailProvider(std::shared_ptr<ThumbnailService> service, ItemFileResolver resolver)
-    : m_service(std::move(service))
-    , m_resolver(std::move(resolver))
+    : m_service(std::move(service)), m_resolver(std::move(resolver))
 {
 }
 
@@ -136,7 +138,7 @@ QString ThumbnailProvider::sourceForItem(const QString &itemId, int width)
 QString ThumbnailProvider::sourceForPath(const QString &absolutePath, int width)
 {
     return u"image://thumb"_s + QString::fromLatin1(QUrl::toPercentEncoding(absolutePath, "/")) + u'?'
-           + QString::number(width);
+        + QString::number(width);
 }
 
 ItemFileResolver ThumbnailProvider::databaseResolver(std::shared_ptr<DatabaseQueue> queue)
@@ -145,9 +147,8 @@ ItemFileResolver ThumbnailProvider::databaseResolver(std::shared_ptr<DatabaseQue
         if (!queue)
             return {};
         try {
-            const QVariant filePath = queue->read([&](Database &db) {
-                return db.fetchScalar(u"SELECT filePath FROM item WHERE id = ?"_s, {itemId});
-            });
+            const QVariant filePath = queue->read(
+                [&](Database &db) { return db.fetchScalar(u"SELECT filePath FROM item WHERE id = ?"_s, {itemId}); });
             const QString relative = filePath.toString();
             return relative.isEmpty() ? QString() : LibraryLocation::resolve(relative);
         } catch (const std::exception &error) {

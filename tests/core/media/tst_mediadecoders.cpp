@@ -41,14 +41,14 @@ QByteArray jpegWithOrientation(const QImage &image, quint16 orientation)
         const auto big = qToBigEndian(value);
         tiff.append(reinterpret_cast<const char *>(&big), sizeof big);
     };
-    appendBig(quint32(8));       // first IFD right after the header
-    appendBig(quint16(1));       // one entry
-    appendBig(quint16(0x0112));  // Orientation
-    appendBig(quint16(3));       // SHORT
-    appendBig(quint32(1));       // one value
-    appendBig(orientation);      // inline value, left-aligned
+    appendBig(quint32(8)); // first IFD right after the header
+    appendBig(quint16(1)); // one entry
+    appendBig(quint16(0x0112)); // Orientation
+    appendBig(quint16(3)); // SHORT
+    appendBig(quint32(1)); // one value
+    appendBig(orientation); // inline value, left-aligned
     appendBig(quint16(0));
-    appendBig(quint32(0));       // no next IFD
+    appendBig(quint32(0)); // no next IFD
     QByteArray app1("\xFF\xE1", 2);
     const quint16 length = quint16(2 + 6 + tiff.size());
     app1.append(char(length >> 8)).append(char(length & 0xFF));
@@ -58,8 +58,9 @@ QByteArray jpegWithOrientation(const QImage &image, quint16 orientation)
 
 bool near(const QColor &actual, const QColor &expected, int tolerance = 60)
 {
-    return std::abs(actual.red() - expected.red()) <= tolerance && std::abs(actual.green() - expected.green()) <= tolerance
-           && std::abs(actual.blue() - expected.blue()) <= tolerance;
+    return std::abs(actual.red() - expected.red()) <= tolerance
+        && std::abs(actual.green() - expected.green()) <= tolerance
+        && std::abs(actual.blue() - expected.blue()) <= tolerance;
 }
 
 QColor pixelAt(const QImage &image, double fx, double fy)
@@ -83,8 +84,9 @@ bool runFfmpeg(const QStringList &arguments)
 int ffprobeRotation(const QString &path)
 {
     QProcess process;
-    process.start(u"ffprobe"_s, {u"-v"_s, u"error"_s, u"-select_streams"_s, u"v:0"_s, u"-show_entries"_s,
-                                  u"stream_side_data=rotation"_s, u"-of"_s, u"default=nw=1:nk=1"_s, path});
+    process.start(u"ffprobe"_s,
+        {u"-v"_s, u"error"_s, u"-select_streams"_s, u"v:0"_s, u"-show_entries"_s, u"stream_side_data=rotation"_s,
+            u"-of"_s, u"default=nw=1:nk=1"_s, path});
     process.waitForFinished(30000);
     return QString::fromUtf8(process.readAllStandardOutput()).trimmed().toInt();
 }
@@ -175,8 +177,10 @@ void TestMediaDecoders::exifOrientation()
     const QImage small = ImageDecoder::decode(path, {100, 100});
     QCOMPARE(small.size(), ImageDecoder::fitWithin(upright, {100, 100}));
     for (const QImage &image : {full, small}) {
-        QVERIFY2(near(pixelAt(image, redAt.x(), redAt.y()), Qt::red), qPrintable(pixelAt(image, redAt.x(), redAt.y()).name()));
-        QVERIFY2(near(pixelAt(image, blueAt.x(), blueAt.y()), Qt::blue), qPrintable(pixelAt(image, blueAt.x(), blueAt.y()).name()));
+        QVERIFY2(near(pixelAt(image, redAt.x(), redAt.y()), Qt::red),
+            qPrintable(pixelAt(image, redAt.x(), redAt.y()).name()));
+        QVERIFY2(near(pixelAt(image, blueAt.x(), blueAt.y()), Qt::blue),
+            qPrintable(pixelAt(image, blueAt.x(), blueAt.y()).name()));
     }
 }
 
@@ -193,7 +197,8 @@ void TestMediaDecoders::otherFormatsDecodeBounded()
 {
     QFETCH(QByteArray, format);
     if (!QImageWriter::supportedImageFormats().contains(format))
-        QFAIL(qPrintable(u"no image plugin writes %1: qt6-image-formats-plugins is missing"_s.arg(QString::fromLatin1(format))));
+        QFAIL(qPrintable(
+            u"no image plugin writes %1: qt6-image-formats-plugins is missing"_s.arg(QString::fromLatin1(format))));
     const QString path = m_sandbox->path() + u"/picture."_s + QString::fromLatin1(format);
     QVERIFY(halves({640, 480}, Qt::green, Qt::yellow).save(path, format.constData()));
 
@@ -208,11 +213,10 @@ void TestMediaDecoders::videoMiddleFrame()
 {
     // One second each of red, green and blue: the middle of three seconds is green.
     const QString path = m_sandbox->path() + u"/colours.mp4"_s;
-    QVERIFY(runFfmpeg({u"-f"_s, u"lavfi"_s, u"-i"_s, u"color=c=red:s=320x240:r=25:d=1"_s,
-                       u"-f"_s, u"lavfi"_s, u"-i"_s, u"color=c=lime:s=320x240:r=25:d=1"_s,
-                       u"-f"_s, u"lavfi"_s, u"-i"_s, u"color=c=blue:s=320x240:r=25:d=1"_s,
-                       u"-filter_complex"_s, u"[0][1][2]concat=n=3:v=1:a=0"_s,
-                       u"-c:v"_s, u"libx264"_s, u"-g"_s, u"50"_s, u"-pix_fmt"_s, u"yuv420p"_s, path}));
+    QVERIFY(runFfmpeg({u"-f"_s, u"lavfi"_s, u"-i"_s, u"color=c=red:s=320x240:r=25:d=1"_s, u"-f"_s, u"lavfi"_s, u"-i"_s,
+        u"color=c=lime:s=320x240:r=25:d=1"_s, u"-f"_s, u"lavfi"_s, u"-i"_s, u"color=c=blue:s=320x240:r=25:d=1"_s,
+        u"-filter_complex"_s, u"[0][1][2]concat=n=3:v=1:a=0"_s, u"-c:v"_s, u"libx264"_s, u"-g"_s, u"50"_s,
+        u"-pix_fmt"_s, u"yuv420p"_s, path}));
 
     const auto info = VideoFrameDecoder::probe(path);
     QVERIFY(info);
@@ -252,8 +256,8 @@ void TestMediaDecoders::videoDisplayRotation()
     const QString plain = m_sandbox->path() + u"/halves.mp4"_s;
     if (!QFile::exists(plain)) {
         QVERIFY(runFfmpeg({u"-f"_s, u"lavfi"_s, u"-i"_s, u"color=c=red:s=160x160:r=25:d=2"_s, u"-f"_s, u"lavfi"_s,
-                           u"-i"_s, u"color=c=blue:s=160x160:r=25:d=2"_s, u"-filter_complex"_s, u"[0][1]hstack"_s,
-                           u"-c:v"_s, u"libx264"_s, u"-pix_fmt"_s, u"yuv420p"_s, plain}));
+            u"-i"_s, u"color=c=blue:s=160x160:r=25:d=2"_s, u"-filter_complex"_s, u"[0][1]hstack"_s, u"-c:v"_s,
+            u"libx264"_s, u"-pix_fmt"_s, u"yuv420p"_s, plain}));
     }
     const QString path = m_sandbox->path() + u"/turned-%1.mp4"_s.arg(clockwise);
     // FFmpeg 5.1's MP4 muxer writes the legacy "rotate" tag as an anticlockwise display matrix;
@@ -268,8 +272,10 @@ void TestMediaDecoders::videoDisplayRotation()
     QCOMPARE(info->displaySize, shown);
     const QImage image = VideoFrameDecoder::frame(path, {80, 80});
     QCOMPARE(image.size(), ImageDecoder::fitWithin(shown, {80, 80}));
-    QVERIFY2(near(pixelAt(image, redAt.x(), redAt.y()), Qt::red), qPrintable(pixelAt(image, redAt.x(), redAt.y()).name()));
-    QVERIFY2(near(pixelAt(image, blueAt.x(), blueAt.y()), Qt::blue), qPrintable(pixelAt(image, blueAt.x(), blueAt.y()).name()));
+    QVERIFY2(
+        near(pixelAt(image, redAt.x(), redAt.y()), Qt::red), qPrintable(pixelAt(image, redAt.x(), redAt.y()).name()));
+    QVERIFY2(near(pixelAt(image, blueAt.x(), blueAt.y()), Qt::blue),
+        qPrintable(pixelAt(image, blueAt.x(), blueAt.y()).name()));
 }
 
 void TestMediaDecoders::quarterTurns_data()

@@ -110,7 +110,9 @@ void TestThumbnailService::serviceDecodesOnThePool()
     }
     QList<QFuture<QImage>> futures;
     for (const QString &path : paths)
-        futures.append(QtConcurrent::run(&service.pool(), [&service, path] { return service.thumbnail(path, {40, 40}); }));
+        futures.append(QtConcurrent::run(&service.pool(), [&service, path] {
+            return service.thumbnail(path, {40, 40});
+        }));
     for (int i = 0; i < futures.size(); ++i) {
         const QImage image = futures[i].result();
         QCOMPARE(image.size(), QSize(40, 40));

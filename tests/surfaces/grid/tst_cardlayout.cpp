@@ -50,8 +50,8 @@ void TestCardLayout::masonryColumnWidth_data()
     QTest::addColumn<double>("width");
     QTest::addColumn<int>("columns");
     QTest::addColumn<double>("expected");
-    QTest::newRow("exact") << 1000.0 << 3 << 324.0;           // (1000 - 28) / 3
-    QTest::newRow("up to the half") << 1001.0 << 3 << 324.5;  // 324.33
+    QTest::newRow("exact") << 1000.0 << 3 << 324.0; // (1000 - 28) / 3
+    QTest::newRow("up to the half") << 1001.0 << 3 << 324.5; // 324.33
     QTest::newRow("down to the whole") << 1000.5 << 3 << 324.0; // 324.17
     QTest::newRow("no columns count as one") << 500.0 << 0 << 500.0;
 }
@@ -71,10 +71,13 @@ void TestCardLayout::masonrySizeAndPlacement()
     QList<double> askedWidths;
     MasonryLayout::Cache cache;
     // No proposal: 800 wide, so columns of (800 - 10) / 2 = 395.
-    const QSizeF size = layout.sizeThatFits(std::nullopt, 3, [&](int i, double width) {
-        askedWidths.append(width);
-        return measured[i];
-    }, cache);
+    const QSizeF size = layout.sizeThatFits(
+        std::nullopt, 3,
+        [&](int i, double width) {
+            askedWidths.append(width);
+            return measured[i];
+        },
+        cache);
     QCOMPARE(askedWidths, QList<double>({395, 395, 395}));
     QCOMPARE(cache.heights, QList<double>({100.5, 50, 70.5}));
     // Column 0: 100.5 + 10. Column 1: 50 + 10 + 70.5 + 10. Height is the tallest less one gap.
@@ -118,7 +121,9 @@ void TestCardLayout::masonryCacheKeepsMeasurements()
 void TestCardLayout::masonryEmpty()
 {
     MasonryLayout::Cache cache;
-    QCOMPARE(MasonryLayout(3, 14).sizeThatFits(500.0, 0, [](int, double) { return 1.0; }, cache), QSizeF(500, 0));
+    QCOMPARE(MasonryLayout(3, 14).sizeThatFits(
+                 500.0, 0, [](int, double) { return 1.0; }, cache),
+        QSizeF(500, 0));
 }
 
 void TestCardLayout::gridFramesFollowTheEstimate()
@@ -127,11 +132,13 @@ void TestCardLayout::gridFramesFollowTheEstimate()
     const CardSettings settings{u"original"_s, false, false, 10};
     const CardLayout layout = CardLayout::grid(items, 2, 246, settings);
     // Inset 18, columns 100 wide and 10 apart, 18 above the first card.
-    QCOMPARE(layout.frames(), QList<QRectF>({QRectF(18, 18, 100, 100), QRectF(128, 18, 100, 200), QRectF(18, 128, 100, 50)}));
+    QCOMPARE(layout.frames(),
+        QList<QRectF>({QRectF(18, 18, 100, 100), QRectF(128, 18, 100, 200), QRectF(18, 128, 100, 50)}));
     QCOMPARE(layout.contentHeight(), 18 + 200 + 18.0);
     for (const auto &cell : GridNav::estimateCells(items, 2, 246, settings)) {
-        const int row = int(std::find_if(items.cbegin(), items.cend(), [&](const LibraryItem &item) { return item.id == cell.item.id; })
-                            - items.cbegin());
+        const int row = int(std::find_if(items.cbegin(), items.cend(), [&](const LibraryItem &item) {
+            return item.id == cell.item.id;
+        }) - items.cbegin());
         QCOMPARE(layout.frames()[row].top(), cell.top + CardLayout::verticalPadding);
         QCOMPARE(layout.frames()[row].height(), cell.height);
     }
@@ -177,8 +184,9 @@ void TestCardLayout::timelineGroupsByDayNewestFirst()
     QStringList titles;
     for (const auto &section : layout.sections())
         titles.append(section.title + u" <- "_s + items[section.firstRow].id);
-    QCOMPARE(titles, QStringList({u"Today <- later"_s, u"Yesterday <- yesterday"_s, u"Saturday 2 March <- march"_s,
-                                  u"Sunday 24 December 2023 <- old"_s}));
+    QCOMPARE(titles,
+        QStringList({u"Today <- later"_s, u"Yesterday <- yesterday"_s, u"Saturday 2 March <- march"_s,
+            u"Sunday 24 December 2023 <- old"_s}));
 
     const auto &frames = layout.frames();
     const double firstCards = CardLayout::verticalPadding + CardLayout::sectionHeadingHeight;

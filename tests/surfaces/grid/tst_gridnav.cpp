@@ -8,7 +8,7 @@ using namespace kivo;
 namespace {
 
 LibraryItem makeItem(const QString &id, const QString &kind, std::optional<double> width = {},
-                     std::optional<double> height = {}, bool hasFile = true)
+    std::optional<double> height = {}, bool hasFile = true)
 {
     LibraryItem item;
     item.id = id;
@@ -28,8 +28,8 @@ LibraryItem makeItem(const QString &id, const QString &kind, std::optional<doubl
 QList<LibraryItem> twoColumnItems()
 {
     return {makeItem(u"A"_s, u"image"_s, 100, 100), makeItem(u"B"_s, u"image"_s, 100, 200),
-            makeItem(u"C"_s, u"image"_s, 100, 50), makeItem(u"D"_s, u"image"_s, 100, 100),
-            makeItem(u"E"_s, u"image"_s, 100, 100)};
+        makeItem(u"C"_s, u"image"_s, 100, 50), makeItem(u"D"_s, u"image"_s, 100, 100),
+        makeItem(u"E"_s, u"image"_s, 100, 100)};
 }
 
 const CardSettings tenApart{u"original"_s, false, false, 10};
@@ -66,19 +66,27 @@ void TestGridNav::cardHeight_data()
     QTest::addColumn<bool>("tags");
     QTest::addColumn<double>("height");
     // Column width 200 throughout.
-    QTest::newRow("wide picture") << makeItem(u"a"_s, u"image"_s, 1600, 900) << u"original"_s << false << false << 112.5;
-    QTest::newRow("1 x 100 is cut at four times its width") << makeItem(u"a"_s, u"image"_s, 1, 100) << u"original"_s << false << false << 800.0;
-    QTest::newRow("very wide has no limit") << makeItem(u"a"_s, u"image"_s, 1000, 10) << u"original"_s << false << false << 2.0;
+    QTest::newRow("wide picture") << makeItem(u"a"_s, u"image"_s, 1600, 900) << u"original"_s << false << false
+                                  << 112.5;
+    QTest::newRow("1 x 100 is cut at four times its width")
+        << makeItem(u"a"_s, u"image"_s, 1, 100) << u"original"_s << false << false << 800.0;
+    QTest::newRow("very wide has no limit")
+        << makeItem(u"a"_s, u"image"_s, 1000, 10) << u"original"_s << false << false << 2.0;
     QTest::newRow("square shape") << makeItem(u"a"_s, u"image"_s, 1600, 900) << u"square"_s << false << false << 200.0;
-    QTest::newRow("rectangle shape") << makeItem(u"a"_s, u"image"_s, 100, 900) << u"rectangle"_s << false << false << 150.0;
+    QTest::newRow("rectangle shape") << makeItem(u"a"_s, u"image"_s, 100, 900) << u"rectangle"_s << false << false
+                                     << 150.0;
     QTest::newRow("video without size") << makeItem(u"a"_s, u"video"_s) << u"original"_s << false << false << 112.5;
     QTest::newRow("text without size") << makeItem(u"a"_s, u"text"_s) << u"original"_s << false << false << 170.0;
     QTest::newRow("file without size") << makeItem(u"a"_s, u"file"_s) << u"original"_s << false << false << 200.0;
-    QTest::newRow("zero height uses the kind") << makeItem(u"a"_s, u"video"_s, 640, 0) << u"original"_s << false << false << 112.5;
+    QTest::newRow("zero height uses the kind")
+        << makeItem(u"a"_s, u"video"_s, 640, 0) << u"original"_s << false << false << 112.5;
     QTest::newRow("link with cover") << makeItem(u"a"_s, u"link"_s) << u"original"_s << false << false << 150.0;
-    QTest::newRow("link without cover, original") << makeItem(u"a"_s, u"link"_s, 800, 800, false) << u"original"_s << false << false << 100.0;
-    QTest::newRow("link without cover, square") << makeItem(u"a"_s, u"link"_s, {}, {}, false) << u"square"_s << false << false << 100.0;
-    QTest::newRow("link without cover, rectangle") << makeItem(u"a"_s, u"link"_s, {}, {}, false) << u"rectangle"_s << false << false << 100.0;
+    QTest::newRow("link without cover, original")
+        << makeItem(u"a"_s, u"link"_s, 800, 800, false) << u"original"_s << false << false << 100.0;
+    QTest::newRow("link without cover, square")
+        << makeItem(u"a"_s, u"link"_s, {}, {}, false) << u"square"_s << false << false << 100.0;
+    QTest::newRow("link without cover, rectangle")
+        << makeItem(u"a"_s, u"link"_s, {}, {}, false) << u"rectangle"_s << false << false << 100.0;
     QTest::newRow("title chip") << makeItem(u"a"_s, u"image"_s, 100, 100) << u"original"_s << true << false << 237.0;
     QTest::newRow("tag chips") << makeItem(u"a"_s, u"image"_s, 100, 100) << u"original"_s << false << true << 236.0;
     QTest::newRow("both chips") << makeItem(u"a"_s, u"image"_s, 100, 100) << u"original"_s << true << true << 258.0;
@@ -118,7 +126,7 @@ void TestGridNav::columnWidth()
 void TestGridNav::tiesGoLeft()
 {
     const QList<LibraryItem> items{makeItem(u"1"_s, u"image"_s, 10, 10), makeItem(u"2"_s, u"image"_s, 10, 10),
-                                   makeItem(u"3"_s, u"image"_s, 10, 10)};
+        makeItem(u"3"_s, u"image"_s, 10, 10)};
     const auto columns = GridNav::estimateColumns(items, 3, 1000, tenApart);
     QCOMPARE(columns.size(), 3);
     for (int column = 0; column < 3; ++column) {
@@ -201,22 +209,30 @@ void TestGridNav::moveFocus_data()
     QTest::newRow("left back") << cards << twoColumnWidth << u"E"_s << -1 << 0 << u"D"_s << true;
     QTest::newRow("left at column 0") << cards << twoColumnWidth << u"A"_s << -1 << 0 << QString() << false;
     QTest::newRow("right at the last column") << cards << twoColumnWidth << u"B"_s << 1 << 0 << QString() << false;
-    QTest::newRow("down the column, onto a visible card") << cards << twoColumnWidth << u"A"_s << 0 << 1 << u"C"_s << false;
-    QTest::newRow("up the column, onto a visible card") << cards << twoColumnWidth << u"D"_s << 0 << -1 << u"C"_s << false;
+    QTest::newRow("down the column, onto a visible card")
+        << cards << twoColumnWidth << u"A"_s << 0 << 1 << u"C"_s << false;
+    QTest::newRow("up the column, onto a visible card")
+        << cards << twoColumnWidth << u"D"_s << 0 << -1 << u"C"_s << false;
     QTest::newRow("down the column, off screen") << cards << twoColumnWidth << u"C"_s << 0 << 1 << u"D"_s << true;
     QTest::newRow("up at the top") << cards << twoColumnWidth << u"B"_s << 0 << -1 << QString() << false;
     QTest::newRow("down at the foot") << cards << twoColumnWidth << u"D"_s << 0 << 1 << QString() << false;
-    QTest::newRow("nothing focused: the first item") << cards << twoColumnWidth << QString() << 1 << 0 << u"A"_s << true;
+    QTest::newRow("nothing focused: the first item")
+        << cards << twoColumnWidth << QString() << 1 << 0 << u"A"_s << true;
     QTest::newRow("focused item left the list") << cards << twoColumnWidth << u"gone"_s << 0 << 1 << u"A"_s << true;
     QTest::newRow("unknown width steps linearly") << cards << 0.0 << u"A"_s << 1 << 0 << u"B"_s << true;
     QTest::newRow("linear down by dx + dy") << cards << 0.0 << u"B"_s << 0 << 1 << u"C"_s << false;
     QTest::newRow("linear clamps at the end") << cards << 0.0 << u"E"_s << 1 << 0 << QString() << false;
-    QTest::newRow("list: right acts as down") << int(ViewMode::list) << twoColumnWidth << u"A"_s << 1 << 0 << u"B"_s << true;
-    QTest::newRow("list: left acts as up") << int(ViewMode::list) << twoColumnWidth << u"C"_s << -1 << 0 << u"B"_s << true;
+    QTest::newRow("list: right acts as down")
+        << int(ViewMode::list) << twoColumnWidth << u"A"_s << 1 << 0 << u"B"_s << true;
+    QTest::newRow("list: left acts as up")
+        << int(ViewMode::list) << twoColumnWidth << u"C"_s << -1 << 0 << u"B"_s << true;
     QTest::newRow("list: down") << int(ViewMode::list) << twoColumnWidth << u"C"_s << 0 << 1 << u"D"_s << true;
-    QTest::newRow("list: nothing focused counts as the first") << int(ViewMode::list) << twoColumnWidth << QString() << 0 << 1 << u"B"_s << true;
-    QTest::newRow("timeline ignores arrows") << int(ViewMode::timeline) << twoColumnWidth << u"A"_s << 0 << 1 << QString() << false;
-    QTest::newRow("canvas ignores arrows") << int(ViewMode::canvas) << twoColumnWidth << u"A"_s << 1 << 0 << QString() << false;
+    QTest::newRow("list: nothing focused counts as the first")
+        << int(ViewMode::list) << twoColumnWidth << QString() << 0 << 1 << u"B"_s << true;
+    QTest::newRow("timeline ignores arrows")
+        << int(ViewMode::timeline) << twoColumnWidth << u"A"_s << 0 << 1 << QString() << false;
+    QTest::newRow("canvas ignores arrows")
+        << int(ViewMode::canvas) << twoColumnWidth << u"A"_s << 1 << 0 << QString() << false;
 }
 
 void TestGridNav::moveFocus()
@@ -239,7 +255,8 @@ void TestGridNav::moveFocus()
     };
     // Only C counts as on screen.
     context.isVisible = [](const QString &id) { return id == u"C"; };
-    const auto move = GridNav::moveFocus(items, focused.isEmpty() ? std::nullopt : std::optional(focused), dx, dy, context);
+    const auto move
+        = GridNav::moveFocus(items, focused.isEmpty() ? std::nullopt : std::optional(focused), dx, dy, context);
     QCOMPARE(move.select.value_or(QString()), expected);
     QCOMPARE(move.reveal, reveal);
     // The cells are only worked out where they matter: cards with a known width.
@@ -251,7 +268,7 @@ void TestGridNav::equalDistancePicksTheUpperCard()
 {
     // Column 0: X (0..100, middle 50). Column 1: P (0..40, middle 20), Q (50..110, middle 80).
     const QList<LibraryItem> items{makeItem(u"X"_s, u"image"_s, 100, 100), makeItem(u"P"_s, u"image"_s, 100, 40),
-                                   makeItem(u"Q"_s, u"image"_s, 100, 60)};
+        makeItem(u"Q"_s, u"image"_s, 100, 60)};
     const auto cells = GridNav::estimateCells(items, 2, twoColumnWidth, tenApart);
     QCOMPARE(cells[2].item.id, u"Q"_s);
     QCOMPARE(cells[2].top, 50.0);

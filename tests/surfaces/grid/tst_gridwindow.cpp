@@ -65,7 +65,7 @@ QImage paintPicture(const QSize &size, int seed)
         path.moveTo(0, size.height());
         path.lineTo(0, top);
         path.cubicTo(size.width() * 0.3, top - size.height() * 0.2, size.width() * 0.6, top + size.height() * 0.15,
-                     size.width(), top - random.bounded(size.height() / 6));
+            size.width(), top - random.bounded(size.height() / 6));
         path.lineTo(size.width(), size.height());
         painter.drawPath(path);
     }
@@ -111,10 +111,7 @@ struct GridWindow {
     kivo::GridController *controller = nullptr;
     kivo::MasonryView *masonry = nullptr;
 
-    void prepareLibrary()
-    {
-        kivo::LibraryLocation::ensureLibrary();
-    }
+    void prepareLibrary() { kivo::LibraryLocation::ensureLibrary(); }
 
     void open(const QString &appearanceSetting = u"light"_s, QSize size = {1280, 860})
     {
@@ -126,7 +123,8 @@ struct GridWindow {
         kivo::QmlServices::publishStore(store.get());
         engine = std::make_unique<QQmlApplicationEngine>();
         kivo::QmlServices::prepareEngine(*engine);
-        engine->addImageProvider(u"thumb"_s, new kivo::ThumbnailProvider(thumbnails, kivo::ThumbnailProvider::databaseResolver(store->dbQueue())));
+        engine->addImageProvider(u"thumb"_s,
+            new kivo::ThumbnailProvider(thumbnails, kivo::ThumbnailProvider::databaseResolver(store->dbQueue())));
         engine->load(QUrl(u"qrc:/Kivo/window/Main.qml"_s));
         QVERIFY(!engine->rootObjects().isEmpty());
         window = qobject_cast<QQuickWindow *>(engine->rootObjects().constFirst());
@@ -200,7 +198,7 @@ void xdotool(const QStringList &script)
 QString pointerDrag(QPoint from, QPoint to)
 {
     QStringList steps{u"xdotool mousemove %1 %2"_s.arg(from.x()).arg(from.y()), u"sleep 0.2"_s,
-                      u"xdotool mousedown 1"_s, u"sleep 0.2"_s};
+        u"xdotool mousedown 1"_s, u"sleep 0.2"_s};
     for (int i = 1; i <= 12; ++i) {
         const QPoint at = from + (to - from) * i / 12;
         steps << u"xdotool mousemove %1 %2"_s.arg(at.x()).arg(at.y()) << u"sleep 0.05"_s;
@@ -278,10 +276,9 @@ void TestGridWindow::arrowKeysCrossUnequalColumns()
         {Qt::Key_Right, u'D'}, // A's middle (w) is nearest D's (1.25w + s), not B's (0.5w)
         {Qt::Key_Right, u'E'}, // D's middle is nearest E's (1.5w + s)
         {Qt::Key_Right, u'E'}, // the last column
-        {Qt::Key_Up, u'C'},    {Qt::Key_Up, u'C'}, // top of the column
-        {Qt::Key_Left, u'B'},  {Qt::Key_Down, u'D'}, {Qt::Key_Down, u'F'},
-        {Qt::Key_Down, u'F'}, // foot of the column
-        {Qt::Key_Left, u'A'},  {Qt::Key_Left, u'A'}, // column 0
+        {Qt::Key_Up, u'C'}, {Qt::Key_Up, u'C'}, // top of the column
+        {Qt::Key_Left, u'B'}, {Qt::Key_Down, u'D'}, {Qt::Key_Down, u'F'}, {Qt::Key_Down, u'F'}, // foot of the column
+        {Qt::Key_Left, u'A'}, {Qt::Key_Left, u'A'}, // column 0
     };
     // The grid has the keyboard once a card was pressed; here it is given it directly.
     grid.item(u"cardGrid"_s)->forceActiveFocus();
@@ -421,7 +418,7 @@ void TestGridWindow::dragOutCarriesKivosWords()
     // A card dropped back on its own grid is refused: nothing goes to the import.
     grid.store->clearSelection();
     xdotool({pointerDrag(grid.window->position() + grid.cardCentre(library.id(2)),
-                         grid.window->position() + grid.cardCentre(library.id(5)))});
+        grid.window->position() + grid.cardCentre(library.id(5)))});
     QTest::qWait(2500);
     QCOMPARE(imports, 0);
     QCOMPARE(target->property("drops").toInt(), 2);
@@ -483,7 +480,8 @@ void TestGridWindow::scrollingAHundredThousandItems()
     QList<kivo::LibraryItem> pictures;
     QRandomGenerator random(11);
     for (int i = 0; i < 240; ++i)
-        pictures.append(pictureItem({400 + random.bounded(700), 300 + random.bounded(900)}, 500 + i, now, u"p%1"_s.arg(i)));
+        pictures.append(
+            pictureItem({400 + random.bounded(700), 300 + random.bounded(900)}, 500 + i, now, u"p%1"_s.arg(i)));
     QList<kivo::LibraryItem> items;
     items.reserve(100000);
     for (int i = 0; i < 100000; ++i) {
@@ -510,7 +508,8 @@ void TestGridWindow::scrollingAHundredThousandItems()
         swaps.append(clock.nsecsElapsed());
         const double y = flick->property("contentY").toDouble();
         if (y < end)
-            QMetaObject::invokeMethod(flick, [flick, y] { flick->setProperty("contentY", y + 45.0); }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                flick, [flick, y] { flick->setProperty("contentY", y + 45.0); }, Qt::QueuedConnection);
     });
     flick->setProperty("contentY", 1.0);
     QTRY_VERIFY_WITH_TIMEOUT(flick->property("contentY").toDouble() >= end, 120000);
@@ -523,11 +522,16 @@ void TestGridWindow::scrollingAHundredThousandItems()
     const double longest = frames.last();
     const double p99 = frames[int(frames.size() * 0.99)];
     const double median = frames[frames.size() / 2];
-    qInfo("scrolling 100,000 items: %lld frames, median %.1f ms, 99th percentile %.1f ms, longest %.1f ms, cards made %d",
-          qint64(frames.size()), median, p99, longest, grid.masonry->createdCount());
+    qInfo(
+        "scrolling 100,000 items: %lld frames, median %.1f ms, 99th percentile %.1f ms, longest %.1f ms, cards made %d",
+        qint64(frames.size()), median, p99, longest, grid.masonry->createdCount());
     QFile report(screenshotPath(u"frame-times.txt"_s));
     QVERIFY(report.open(QIODevice::WriteOnly));
-    report.write(u"frames %1\nmedian_ms %2\np99_ms %3\nlongest_ms %4\n"_s.arg(frames.size()).arg(median).arg(p99).arg(longest).toUtf8());
+    report.write(u"frames %1\nmedian_ms %2\np99_ms %3\nlongest_ms %4\n"_s.arg(frames.size())
+                     .arg(median)
+                     .arg(p99)
+                     .arg(longest)
+                     .toUtf8());
     QVERIFY(grid.masonry->createdCount() < 200);
     grid.screenshot(u"grid-100k-light.png"_s);
 }

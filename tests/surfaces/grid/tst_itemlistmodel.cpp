@@ -44,8 +44,7 @@ QString idsOf(const ItemListModel &model)
 class SignalReplay : public QObject
 {
 public:
-    explicit SignalReplay(ItemListModel &model)
-        : m_model(model)
+    explicit SignalReplay(ItemListModel &model) : m_model(model)
     {
         for (const LibraryItem &record : model.items())
             m_ids.append(record.id);
@@ -59,11 +58,11 @@ public:
             ++removes;
         });
         connect(&model, &QAbstractItemModel::rowsMoved, this,
-                [this](const QModelIndex &, int start, int end, const QModelIndex &, int destination) {
-                    QCOMPARE(start, end);
-                    m_ids.move(start, start < destination ? destination - 1 : destination);
-                    ++moves;
-                });
+            [this](const QModelIndex &, int start, int end, const QModelIndex &, int destination) {
+                QCOMPARE(start, end);
+                m_ids.move(start, start < destination ? destination - 1 : destination);
+                ++moves;
+            });
         connect(&model, &QAbstractItemModel::modelReset, this, [this] {
             m_ids.clear();
             for (const LibraryItem &record : m_model.items())

@@ -186,7 +186,7 @@ void TestMasonryView::scrollingReusesCards()
     }
     // Far down the list, the cards made are still only about one screenful: the pool gives them back.
     QVERIFY2(m_view->createdCount() <= mostAtOnce + 5,
-             qPrintable(u"%1 made for at most %2 at once"_s.arg(m_view->createdCount()).arg(mostAtOnce)));
+        qPrintable(u"%1 made for at most %2 at once"_s.arg(m_view->createdCount()).arg(mostAtOnce)));
 }
 
 void TestMasonryView::reloadKeepsCardsAndMovesThem()
