@@ -137,7 +137,8 @@ QString ThumbnailProvider::sourceForItem(const QString &itemId, int width)
 
 QString ThumbnailProvider::sourceForPath(const QString &absolutePath, int width)
 {
-    return u"image://thumb"_s + QString::fromLatin1(QUrl::toPercentEncoding(absolutePath, "/")) + u'?'
+    // The path keeps its leading slash after the host's: "image://thumb//home/...".
+    return u"image://thumb/"_s + QString::fromLatin1(QUrl::toPercentEncoding(absolutePath, "/")) + u'?'
         + QString::number(width);
 }
 

@@ -391,7 +391,7 @@ void TestGridWindow::dragOutCarriesKivosWords()
 
     // Another program's window beside Kivo's: it takes whatever is dropped on it.
     QQmlComponent component(grid.engine.get());
-    component.setData(dropWindowQml, QUrl(u"memory:/drop.qml"_s));
+    component.setData(dropWindowQml, QUrl::fromLocalFile(u"/drop.qml"_s));
     std::unique_ptr<QQuickWindow> target(qobject_cast<QQuickWindow *>(component.create()));
     QVERIFY2(target, qPrintable(component.errorString()));
     target->setPosition(1050, 100);
