@@ -43,8 +43,9 @@ QVariant unwrap(QVariant value)
 
 } // namespace
 
-DesktopColorScheme::DesktopColorScheme(QObject *parent)
+DesktopColorScheme::DesktopColorScheme(const QDBusConnection &bus, QObject *parent)
     : QObject(parent)
+    , m_bus(bus)
 {
     qGuiApp->installEventFilter(this);
     m_prefersDark = paletteIsDark();
@@ -60,16 +61,15 @@ bool DesktopColorScheme::eventFilter(QObject *watched, QEvent *event)
 
 void DesktopColorScheme::askPortal()
 {
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected())
+    if (!m_bus.isConnected())
         return;
     // QtDBus connects signals only by signature strings.
-    bus.connect(portalService, portalPath, portalInterface, u"SettingChanged"_s, this,
+    m_bus.connect(portalService, portalPath, portalInterface, u"SettingChanged"_s, this,
                 SLOT(portalSettingChanged(QString, QString, QDBusVariant)));
     QDBusMessage read = QDBusMessage::createMethodCall(portalService, portalPath, portalInterface, u"Read"_s);
     read << appearanceGroup << colorSchemeKey;
     // Asked without waiting: the window must not hang on a slow or absent portal.
-    auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(read), this);
+    auto *watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(read), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher *call) {
         call->deleteLater();
         const QDBusPendingReply<QVariant> reply = *call;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusConnection>
 #include <QObject>
 
 class QDBusVariant;
@@ -17,7 +18,8 @@ class DesktopColorScheme : public QObject
     Q_PROPERTY(bool prefersDark READ prefersDark NOTIFY prefersDarkChanged)
 
 public:
-    explicit DesktopColorScheme(QObject *parent = nullptr);
+    /** Asks the portal on `bus`, the session bus unless a test gives its own. */
+    explicit DesktopColorScheme(const QDBusConnection &bus = QDBusConnection::sessionBus(), QObject *parent = nullptr);
 
     [[nodiscard]] bool prefersDark() const { return m_prefersDark; }
     /** Whether the portal has given an answer (tests, diagnostics). */
@@ -38,6 +40,7 @@ private:
     void update();
     [[nodiscard]] static bool paletteIsDark();
 
+    QDBusConnection m_bus;
     /** The portal's "color-scheme": 0 no preference, 1 dark, 2 light; -1 until it answers. */
     int m_portalScheme = -1;
     bool m_prefersDark = false;

@@ -16,6 +16,7 @@ Basic.Button {
     font.pixelSize: Theme.type.body
     font.weight: prominent ? Font.DemiBold : Font.Medium
     focusPolicy: Qt.StrongFocus
+    opacity: enabled ? 1 : 0.45
 
     Keys.onReturnPressed: button.clicked()
     Keys.onEnterPressed: button.clicked()

@@ -48,8 +48,6 @@ Item {
         anchors.rightMargin: Theme.space.s
         radius: Theme.radius.m
         color: row.selected ? Theme.selection : mouse.containsMouse ? Theme.hover : "transparent"
-        border.width: row.selected && row.keyboardFocus ? 1.5 : 0
-        border.color: Theme.focusRingSoft
 
         Glyph {
             id: glyph
@@ -57,7 +55,7 @@ Item {
             anchors.leftMargin: Theme.space.s + Theme.space.xxs
             anchors.verticalCenter: parent.verticalCenter
             name: row.icon
-            color: row.selected ? Theme.accent : Theme.secondaryText
+            color: row.selected && row.keyboardFocus ? Theme.accent : row.selected ? Theme.text : Theme.secondaryText
         }
 
         Text {
