@@ -13,7 +13,7 @@
 
 using namespace Qt::StringLiterals;
 
-Q_LOGGING_CATEGORY(lcColorScheme, "kivo.app.appearance")
+Q_LOGGING_CATEGORY(lcColorScheme, "kivo.app.appearance", QtWarningMsg)
 
 namespace kivo {
 

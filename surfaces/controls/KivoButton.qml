@@ -34,7 +34,7 @@ Basic.Button {
         radius: Theme.radius.m
         color: {
             if (button.prominent)
-                return button.down ? Qt.darker(Theme.accent, 1.15) : button.hovered ? Qt.lighter(Theme.accent, 1.06) : Theme.accent;
+                return button.down ? Qt.darker(Theme.accentFill, 1.15) : button.hovered ? Qt.lighter(Theme.accentFill, 1.06) : Theme.accentFill;
             return button.down ? Theme.pressed : button.hovered ? Theme.hover : Theme.control;
         }
         border.width: button.prominent ? 0 : 1

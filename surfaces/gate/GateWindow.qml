@@ -27,6 +27,9 @@ Window {
     maximumHeight: height
 
     Component.onCompleted: {
+        // An alert stands in the middle of the screen, in front of everything.
+        window.x = Screen.virtualX + (Screen.width - window.width) / 2;
+        window.y = Screen.virtualY + (Screen.height - window.height) / 3;
         window.raise();
         window.requestActivate();
         missing.focusFirstChoice();

@@ -10,8 +10,12 @@ Item {
 
     required property LibraryGate gate
 
-    implicitWidth: 540
-    implicitHeight: column.implicitHeight + 2 * Theme.space.xl
+    // The folder browser opens inside this window where the desktop offers no chooser of its own,
+    // so the window makes room for it.
+    readonly property bool browsing: folderDialog.visible
+
+    implicitWidth: browsing ? 680 : 540
+    implicitHeight: browsing ? 520 : column.implicitHeight + 2 * Theme.space.xl
 
     onVisibleChanged: {
         if (visible) {
@@ -63,7 +67,7 @@ Item {
                 leftPadding: Theme.space.m
                 rightPadding: Theme.space.m
                 color: Theme.text
-                selectionColor: Theme.accent
+                selectionColor: Theme.accentFill
                 selectedTextColor: Theme.textOnAccent
                 placeholderText: "Folder path"
                 placeholderTextColor: Theme.tertiaryText

@@ -25,6 +25,8 @@ QtObject {
 
     // Interaction.
     readonly property color accent: dark ? "#7b93ff" : "#3d5fd9"
+    // Filled controls: deeper than the accent in the dark, so white text on them stays legible.
+    readonly property color accentFill: dark ? "#4a63d8" : "#3d5fd9"
     readonly property color textOnAccent: "#ffffff"
     readonly property color hover: dark ? "#262629" : "#e9e8e4"
     readonly property color selection: dark ? "#2f2f33" : "#e2e0db"
