@@ -11,6 +11,7 @@ Item {
     required property string message
     required property list<string> choices
     property string glyph: "folder"
+    property color glyphColor: Theme.accent
 
     signal chosen(int index)
 
@@ -44,7 +45,7 @@ Item {
                 name: alert.glyph
                 size: 26
                 lineWidth: 1.3
-                color: Theme.accent
+                color: alert.glyphColor
             }
         }
 

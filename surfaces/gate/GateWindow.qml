@@ -26,6 +26,9 @@ Window {
     minimumHeight: height
     maximumHeight: height
 
+    // Closing the window answers like "Quit": nothing is made, and the start ends.
+    onClosing: window.gate.quit()
+
     Component.onCompleted: {
         // An alert stands in the middle of the screen, in front of everything.
         window.x = Screen.virtualX + (Screen.width - window.width) / 2;
@@ -60,6 +63,7 @@ Window {
         anchors.fill: parent
         visible: window.current === refusal
         glyph: "warning"
+        glyphColor: Theme.warning
         title: window.gate.refusalTitle
         message: window.gate.refusalText
         choices: ["OK"]

@@ -92,6 +92,7 @@ private Q_SLOTS:
     void chosenLibraryIsStored();
     void startNewLibraryForgetsTheOldOne();
     void quitLeavesEverythingAsItWas();
+    void closingTheWindowQuits();
 };
 
 void TestLibraryGate::alertSaysWhereTheLibraryShouldBe()
@@ -213,6 +214,17 @@ void TestLibraryGate::quitLeavesEverythingAsItWas()
     QTRY_COMPARE(finished.size(), 1);
     QCOMPARE(missing.gate->outcome(), LibraryGate::Outcome::Quit);
     QVERIFY(kivo::UserDefaults().boolValue(u"libraryEverOpened"_s));
+    QVERIFY(!QFileInfo::exists(missing.sandbox.libraryRoot()));
+}
+
+void TestLibraryGate::closingTheWindowQuits()
+{
+    MissingLibrary missing;
+    missing.open();
+    QSignalSpy finished(missing.gate.get(), &LibraryGate::finished);
+    missing.window->close();
+    QTRY_COMPARE(finished.size(), 1);
+    QCOMPARE(missing.gate->outcome(), LibraryGate::Outcome::Quit);
     QVERIFY(!QFileInfo::exists(missing.sandbox.libraryRoot()));
 }
 

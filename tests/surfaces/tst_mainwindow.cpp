@@ -6,10 +6,12 @@
 #include "core/records.h"
 #include "core/store.h"
 #include "surfaces/qmlservices.h"
+#include "surfaces/sidebar/sidebarmodel.h"
 #include "surfaces/theme/appearancecontroller.h"
 #include "tests/surfaces/quickhelpers.h"
 #include "tests/testsupport.h"
 
+#include <QAbstractItemModelTester>
 #include <QDir>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
@@ -166,6 +168,9 @@ void TestMainWindow::countsFollowTheLibrary()
     auto reel = makeItem(u"video"_s, now);
     reel.sourceURL = u"https://www.instagram.com/p/abc/"_s;
     items << favourite << hidden << tweet << song << paper << note << trashed << reel;
+    auto *sidebarModel = loaded.window->findChild<kivo::SidebarModel *>();
+    QVERIFY(sidebarModel);
+    QAbstractItemModelTester tester(sidebarModel, QAbstractItemModelTester::FailureReportingMode::QtTest);
     loaded.store->dbQueue()->write([&](kivo::Database &db) {
         for (const auto &item : items)
             db.insert(item);
