@@ -2,6 +2,7 @@
 
 #include "core/librarylocation.h"
 #include "core/librarypresence.h"
+#include "core/mediatypepredicate.h"
 #include "core/systemlog.h"
 
 #include <QTimer>
@@ -113,6 +114,36 @@ void Store::reloadCollections()
         Q_EMIT countsChanged();
     } catch (const std::exception &error) {
         systemLog(u"[Store] reloadCollections failed: "_s + errorText(error));
+    }
+    reloadTypeCounts();
+}
+
+void Store::reloadTypeCounts()
+{
+    if (!m_dbQueue)
+        return;
+    const QList<MediaTypeFilter> &filters = allMediaTypeFilters();
+    QStringList terms;
+    for (qsizetype index = 0; index < filters.size(); ++index) {
+        terms.append(u"SUM(CASE WHEN "_s + mediaTypePredicate(filters.at(index)) + u" THEN 1 ELSE 0 END) AS c"_s
+                     + QString::number(index));
+    }
+    const QString sql = u"SELECT "_s + terms.join(u", "_s) + u" FROM item i WHERE i.deletedAt IS NULL"_s;
+    try {
+        const QVariantMap counts = m_dbQueue->read([&](Database &db) {
+            QVariantMap byFilter;
+            db.forEach(sql, {}, [&](const Row &row) {
+                for (qsizetype index = 0; index < filters.size(); ++index)
+                    byFilter.insert(rawString(filters.at(index)), int(row.integer(int(index))));
+            });
+            return byFilter;
+        });
+        if (counts == m_typeCounts)
+            return;
+        m_typeCounts = counts;
+        Q_EMIT typeCountsChanged();
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] reloadTypeCounts failed: "_s + errorText(error));
     }
 }
 

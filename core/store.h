@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QVariantMap>
 
 #include <memory>
 #include <optional>
@@ -27,6 +28,8 @@ class Store : public QObject
     Q_PROPERTY(int linksCount READ linksCount NOTIFY countsChanged)
     Q_PROPERTY(int trashCount READ trashCount NOTIFY countsChanged)
     Q_PROPERTY(int hiddenCount READ hiddenCount NOTIFY countsChanged)
+    /** Live items per kind filter, by the filter's raw string ("image", "videos", ...); hidden ones count. */
+    Q_PROPERTY(QVariantMap typeCounts READ typeCounts NOTIFY typeCountsChanged)
 
 public:
     explicit Store(QObject *parent = nullptr);
@@ -44,6 +47,7 @@ public:
     [[nodiscard]] int linksCount() const { return m_linksCount; }
     [[nodiscard]] int trashCount() const { return m_trashCount; }
     [[nodiscard]] int hiddenCount() const { return m_hiddenCount; }
+    [[nodiscard]] QVariantMap typeCounts() const { return m_typeCounts; }
 
     /** The database handle; null when the library could not be opened. */
     [[nodiscard]] std::shared_ptr<DatabaseQueue> dbQueue() const { return m_dbQueue; }
@@ -51,11 +55,13 @@ public:
 
     Q_INVOKABLE void reloadAll();
     void reloadCollections();
+    void reloadTypeCounts();
 
 Q_SIGNALS:
     void setupErrorChanged();
     void didInitialLoadChanged();
     void countsChanged();
+    void typeCountsChanged();
 
 private:
     void ensureInbox();
@@ -72,6 +78,7 @@ private:
     int m_linksCount = 0;
     int m_trashCount = 0;
     int m_hiddenCount = 0;
+    QVariantMap m_typeCounts;
 };
 
 } // namespace kivo
