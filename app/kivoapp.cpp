@@ -7,7 +7,7 @@
 #include "core/reorganiser.h"
 #include "core/store.h"
 #include "core/systemlog.h"
-#include "core/userdefaults.h"
+#include "core/appsettings.h"
 #include "surfaces/gate/librarygate.h"
 #include "surfaces/qmlservices.h"
 #include "surfaces/theme/appearancecontroller.h"
@@ -84,9 +84,12 @@ int runApplication(int argc, char **argv)
     LibraryLocation::setArguments(QGuiApplication::arguments());
 
     DesktopColorScheme desktopScheme;
+    AppSettings settings;
+    QmlServices::publishSettings(&settings);
     AppearanceController appearance;
-    // ### Until AppSettings lands the raw `appearance` key is read here; bind it to AppSettings then.
-    appearance.setAppearance(UserDefaults().stringValue(u"appearance"_s, u"system"_s));
+    appearance.setAppearance(settings.appearance());
+    QObject::connect(&settings, &AppSettings::appearanceChanged, &appearance,
+                     [&] { appearance.setAppearance(settings.appearance()); });
     appearance.setDesktopPrefersDark(desktopScheme.prefersDark());
     QObject::connect(&desktopScheme, &DesktopColorScheme::prefersDarkChanged, &appearance,
                      [&] { appearance.setDesktopPrefersDark(desktopScheme.prefersDark()); });

@@ -1,5 +1,6 @@
 #include "surfaces/qmlservices.h"
 
+#include "core/appsettings.h"
 #include "core/store.h"
 #include "surfaces/theme/appearancecontroller.h"
 
@@ -47,6 +48,11 @@ void publishStore(Store *store)
 void publishAppearance(AppearanceController *appearance)
 {
     publish("Appearance", appearance);
+}
+
+void publishSettings(AppSettings *settings)
+{
+    publish("AppSettings", settings);
 }
 
 } // namespace kivo::QmlServices

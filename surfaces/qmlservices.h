@@ -4,6 +4,7 @@ class QQmlEngine;
 
 namespace kivo {
 
+class AppSettings;
 class AppearanceController;
 class Store;
 
@@ -19,6 +20,7 @@ void prepareEngine(QQmlEngine &engine);
 
 void publishStore(Store *store);
 void publishAppearance(AppearanceController *appearance);
+void publishSettings(AppSettings *settings);
 
 } // namespace QmlServices
 } // namespace kivo
