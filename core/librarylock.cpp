@@ -74,7 +74,7 @@ std::unique_ptr<LibraryLock> LibraryLock::acquire(const QString &root, QString *
         ::close(descriptor);
         if (refusal) {
             if (error == EACCES || error == EAGAIN)
-                *refusal = u"The library at %1 is already open in another Kivo process (pid %2)."_s.arg(root).arg(pid);
+                *refusal = u"The library at %1 is already open in another Kivo process (pid %2)."_s.arg(root, QString::number(pid));
             else
                 *refusal = u"Cannot lock the library at %1: %2"_s.arg(root, QString::fromLocal8Bit(std::strerror(error)));
         }
