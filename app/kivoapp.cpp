@@ -30,12 +30,14 @@ int runApplication(int argc, char **argv)
     QGuiApplication::setDesktopFileName(u"app.kivo.Kivo"_s);
     LibraryLocation::setArguments(QGuiApplication::arguments());
 
-    LibraryPresence::check();
-
-    try {
-        LibraryLocation::ensureLibrary();
-    } catch (const std::exception &error) {
-        systemLog(u"[Library] "_s + errorText(error));
+    // ### Until the missing-library alert exists, a missing library only stops the folders from
+    // being made; the Store then refuses to open it and says why.
+    if (LibraryPresence::check() != LibraryPresence::Verdict::missing) {
+        try {
+            LibraryLocation::ensureLibrary();
+        } catch (const std::exception &error) {
+            systemLog(u"[Library] "_s + errorText(error));
+        }
     }
     const QString root = LibraryLocation::root();
     QString refusal;

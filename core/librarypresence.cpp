@@ -96,6 +96,11 @@ void startNewLibrary()
     UserDefaults().setValue(u"libraryEverOpened"_s, false);
 }
 
+bool isMissing(const QString &root)
+{
+    return !QFileInfo::exists(root + u"/library.sqlite"_s) && UserDefaults().boolValue(u"libraryEverOpened"_s);
+}
+
 void markOpened()
 {
     UserDefaults().setValue(u"libraryEverOpened"_s, true);

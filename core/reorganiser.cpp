@@ -2,6 +2,7 @@
 
 #include "core/database.h"
 #include "core/librarylocation.h"
+#include "core/librarypresence.h"
 #include "core/librarysnapshot.h"
 #include "core/sidecars.h"
 #include "core/systemlog.h"
@@ -156,6 +157,10 @@ bool run(const QString &root, const Checkpoint &checkpoint)
     }
     if (UserDefaults().boolValue(reorganisedKey))
         return true;
+    // The run opens (and so would create) the database, then removes "files": never on a library
+    // whose database has gone missing.
+    if (LibraryPresence::isMissing(root))
+        return false;
     try {
         reorganise(root, checkpoint);
         return true;
