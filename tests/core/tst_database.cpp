@@ -226,6 +226,29 @@ private Q_SLOTS:
         QCOMPARE(m_queue->read([](Database &db) { return db.fetchScalar(u"SELECT n FROM counter"_s).toLongLong(); }), 200);
     }
 
+    void sameQueryInsideItsOwnVisitor()
+    {
+        // A walk down the collection tree runs the children query again for each child.
+        m_queue->write([](Database &db) {
+            db.executeScript(u"INSERT INTO collection (id, parentId, name, createdAt, modifiedAt) VALUES "
+                             "('a', NULL, 'A', 1, 1), ('a1', 'a', 'A1', 1, 1), ('a1x', 'a1', 'A1x', 1, 1), "
+                             "('a2', 'a', 'A2', 1, 1), ('b', NULL, 'B', 1, 1), ('b1', 'b', 'B1', 1, 1)"_s);
+        });
+        const QStringList walked = m_queue->read([](Database &db) {
+            QStringList names;
+            std::function<void(const QVariant &, int)> walk = [&](const QVariant &parent, int depth) {
+                db.forEach(u"SELECT id, name FROM collection WHERE parentId IS ? ORDER BY name"_s, {parent},
+                           [&](const kivo::Row &row) {
+                               names.append(QString(depth, u' ') + row.text("name"));
+                               walk(row.text("id"), depth + 1);
+                           });
+            };
+            walk(QVariant(), 0);
+            return names;
+        });
+        QCOMPARE(walked, (QStringList{u"A"_s, u" A1"_s, u"  A1x"_s, u" A2"_s, u"B"_s, u" B1"_s}));
+    }
+
     void openingInAMissingFolderFails()
     {
         const QString folder = m_sandbox->path() + u"/not-there"_s;
