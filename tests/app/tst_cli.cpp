@@ -6,6 +6,7 @@
 #include "tests/testsupport.h"
 
 #include <QDir>
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -238,6 +239,21 @@ private Q_SLOTS:
         QVERIFY(window.waitForFinished(10000));
         QCOMPARE(kivo::LibraryLock::holder(m_root), 0);
         QCOMPARE(kivo({u"--library"_s, m_root, u"info"_s}).exitCode, 0);
+    }
+
+    void lockHoldsAgainstItsOwnProcess()
+    {
+        fillLibrary();
+        QString refusal;
+        const auto lock = kivo::LibraryLock::acquire(m_root, &refusal);
+        QVERIFY2(lock, qPrintable(refusal));
+        // Asking who holds it, or trying again, from the same process must neither share nor drop it.
+        QCOMPARE(kivo::LibraryLock::holder(m_root), QCoreApplication::applicationPid());
+        QVERIFY(!kivo::LibraryLock::acquire(m_root, &refusal));
+        QVERIFY2(refusal.contains(u"(pid %1)"_s.arg(QCoreApplication::applicationPid())), qPrintable(refusal));
+        const Outcome other = kivo({u"--library"_s, m_root, u"info"_s});
+        QCOMPARE(other.exitCode, 1);
+        QVERIFY2(other.err.contains(u"(pid %1)"_s.arg(QCoreApplication::applicationPid())), qPrintable(other.err));
     }
 
     void missingLibraryGetsNoNewDatabase()
