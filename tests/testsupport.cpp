@@ -69,6 +69,28 @@ QStringList LogCapture::linesStartingWith(const QString &prefix) const
     return found;
 }
 
+const QStringList &libraryIdentifiers()
+{
+    static const QStringList identifiers{
+        u"v1"_s,
+        u"v2-enrichment"_s,
+        u"v3-embeddings"_s,
+        u"v4-canvas"_s,
+        u"v5-sweep-orphans"_s,
+        u"v5-collection-origin"_s,
+        u"v6-sweep-orphans"_s,
+        u"v6-via-and-remote"_s,
+        u"v7-sweep-orphans"_s,
+        u"v7-pinned"_s,
+        u"v8-board-objects"_s,
+        u"v9-sweep-orphans"_s,
+        u"v9-hidden-from-all"_s,
+        u"v10-sweep-orphans"_s,
+        u"v10-launcher-frequency"_s,
+    };
+    return identifiers;
+}
+
 QByteArray readFile(const QString &path)
 {
     QFile file(path);

@@ -48,6 +48,9 @@ private:
     QStringList m_lines;
 };
 
+/** The fifteen schema step identifiers of a current library, in the order they are applied. */
+const QStringList &libraryIdentifiers();
+
 /** Reads a whole file; empty when missing. */
 QByteArray readFile(const QString &path);
 /** Writes bytes to a file, making its folders. */

@@ -2,7 +2,6 @@
 
 #include "core/database.h"
 #include "core/librarylock.h"
-#include "core/records.h"
 #include "tests/testsupport.h"
 
 #include <QDir>
@@ -22,11 +21,7 @@ using kivo::Database;
 
 namespace {
 
-const QStringList allIdentifiers{
-    u"v1"_s,          u"v2-enrichment"_s,    u"v3-embeddings"_s,    u"v4-canvas"_s,         u"v5-sweep-orphans"_s,
-    u"v5-collection-origin"_s, u"v6-sweep-orphans"_s, u"v6-via-and-remote"_s, u"v7-sweep-orphans"_s, u"v7-pinned"_s,
-    u"v8-board-objects"_s, u"v9-sweep-orphans"_s, u"v9-hidden-from-all"_s, u"v10-sweep-orphans"_s, u"v10-launcher-frequency"_s,
-};
+const QStringList &allIdentifiers = kivo::test::libraryIdentifiers();
 
 struct Outcome {
     int exitCode = -1;
@@ -86,42 +81,19 @@ private:
 
     static QStringList lines(const QString &text) { return text.split(u'\n', Qt::SkipEmptyParts); }
 
+    // Three live items (one of them hidden), one trashed; the inbox, two live boards, one deleted; two tags.
     void fillLibrary() const
     {
         QDir().mkpath(m_root);
         const auto queue = kivo::DatabaseQueue::open(m_root + u"/library.sqlite"_s);
         queue->write([](Database &db) {
-            const auto collection = [&](const QString &name, bool inbox, bool deleted) {
-                kivo::LibraryCollection c;
-                c.id = kivo::newIdentifier();
-                c.name = name;
-                c.isInbox = inbox;
-                c.createdAt = c.modifiedAt = 1709294400;
-                if (deleted)
-                    c.deletedAt = 1709294500;
-                db.insert(c);
-            };
-            collection(u"Inbox"_s, true, false);
-            collection(u"Moodboard"_s, false, false);
-            collection(u"Typography"_s, false, false);
-            collection(u"Thrown away"_s, false, true);
-            const auto item = [&](const char *kind, bool hidden, bool deleted) {
-                kivo::LibraryItem i;
-                i.id = kivo::newIdentifier();
-                i.kind = QString::fromLatin1(kind);
-                i.createdAt = i.addedAt = i.modifiedAt = 1709294400;
-                if (hidden)
-                    i.hiddenAt = 1709294500;
-                if (deleted)
-                    i.deletedAt = 1709294500;
-                db.insert(i);
-            };
-            item("image", false, false);
-            item("link", false, false);
-            item("text", true, false); // hidden from All, still a live item
-            item("image", false, true);
-            db.insert(kivo::Tag{kivo::newIdentifier(), u"sea"_s});
-            db.insert(kivo::Tag{kivo::newIdentifier(), u"type"_s});
+            db.executeScript(u"INSERT INTO collection (id, name, isInbox, createdAt, modifiedAt, deletedAt) VALUES "
+                             "('c1', 'Inbox', 1, 1, 1, NULL), ('c2', 'Moodboard', 0, 1, 1, NULL), "
+                             "('c3', 'Typography', 0, 1, 1, NULL), ('c4', 'Thrown away', 0, 1, 1, 2);"
+                             "INSERT INTO item (id, kind, createdAt, addedAt, modifiedAt, hiddenAt, deletedAt) VALUES "
+                             "('i1', 'image', 1, 1, 1, NULL, NULL), ('i2', 'link', 1, 1, 1, NULL, NULL), "
+                             "('i3', 'text', 1, 1, 1, 2, NULL), ('i4', 'image', 1, 1, 1, NULL, 2);"
+                             "INSERT INTO tag VALUES ('t1', 'sea'), ('t2', 'type');"_s);
         });
     }
 

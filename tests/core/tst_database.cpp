@@ -184,7 +184,7 @@ private Q_SLOTS:
             }
             return SQLITE_OK;
         });
-        if (outcome.wait_for(std::chrono::seconds(10)) != std::future_status::ready)
+        if (outcome.wait_for(std::chrono::seconds(30)) != std::future_status::ready)
             qFatal("nested database access deadlocked");
         QCOMPARE(outcome.get(), SQLITE_MISUSE);
         // The outer write was undone with the refusal, and the queue is free again.

@@ -20,23 +20,7 @@ namespace Migrator = kivo::Migrator;
 
 namespace {
 
-const QStringList allIdentifiers{
-    u"v1"_s,
-    u"v2-enrichment"_s,
-    u"v3-embeddings"_s,
-    u"v4-canvas"_s,
-    u"v5-sweep-orphans"_s,
-    u"v5-collection-origin"_s,
-    u"v6-sweep-orphans"_s,
-    u"v6-via-and-remote"_s,
-    u"v7-sweep-orphans"_s,
-    u"v7-pinned"_s,
-    u"v8-board-objects"_s,
-    u"v9-sweep-orphans"_s,
-    u"v9-hidden-from-all"_s,
-    u"v10-sweep-orphans"_s,
-    u"v10-launcher-frequency"_s,
-};
+const QStringList &allIdentifiers = kivo::test::libraryIdentifiers();
 
 // Rows of a query, each row's columns joined by "|".
 QStringList rows(Database &db, const QString &sql, const QVariantList &arguments = {})

@@ -130,67 +130,9 @@ private Q_SLOTS:
 
     void goldenSidecarAndManifest()
     {
-        const QString inbox = u"c0000000-0000-4000-8000-000000000000"_s;
-        const QString board = u"c0000000-0000-4000-8000-000000000001"_s;
-        LibraryItem item;
-        item.id = u"9f1c2e3a-0000-4000-8000-000000000001"_s;
-        item.kind = u"image"_s;
-        item.title = u"Harbour at dusk – Ærø"_s;
-        item.note = u"Taken from the \"Ærøskøbing\" ferry\nat 10:45"_s;
-        item.sourceURL = u"https://example.org/harbour?size=large"_s;
-        item.viaURL = u"https://example.org/via"_s;           // not written
-        item.remoteURL = u"https://cdn.example.org/h.jpg"_s;  // not written
-        item.filePath = u"2024-03/harbour-at-dusk-ærø.jpg"_s;
-        item.fileHash = u"5d41402abc4b2a76b9719d911017c592"_s;
-        item.fileSize = 204800;
-        item.width = 1920;
-        item.height = 1080;
-        item.createdAt = 1709200000.5;
-        item.addedAt = march;
-        item.modifiedAt = 1709294460.25;
-        item.hiddenAt = 1709300000;                           // not written
-        item.favourite = true;
-        item.ocrText = u"FERRY 10:45"_s;
-        item.colors = u"[\"#1A2B3C\",\"#FFFFFF\"]"_s;
-        item.enrichedAt = 1709294500;
-        item.openCount = 4;                                   // not written
-        item.lastOpenedAt = 1709400000;                       // not written
-
-        kivo::LibraryCollection inboxRow;
-        inboxRow.id = inbox;
-        inboxRow.name = u"Inbox"_s;
-        inboxRow.sortIndex = -1;
-        inboxRow.isInbox = true;
-        inboxRow.createdAt = inboxRow.modifiedAt = 1709000000;
-        kivo::LibraryCollection boardRow;
-        boardRow.id = board;
-        boardRow.name = u"Moodboard"_s;
-        boardRow.icon = u"sparkles"_s;
-        boardRow.createdAt = 1709000100;
-        boardRow.modifiedAt = 1709000200.5;
-        boardRow.importedAt = 1709000150; // not written
-        boardRow.pinnedAt = 1709000160;   // not written
-        kivo::LibraryCollection child;
-        child.id = u"c0000000-0000-4000-8000-000000000002"_s;
-        child.parentId = board;
-        child.name = u"Blues"_s;
-        child.sortIndex = 3;
-        child.createdAt = 1709000300;
-        child.modifiedAt = child.deletedAt.emplace(1709100000);
-
-        m_queue->write([&](Database &db) {
-            db.insert(item);
-            for (const auto &collection : {inboxRow, boardRow, child})
-                db.insert(collection);
-            db.insert(kivo::Tag{u"7a000000-0000-4000-8000-000000000001"_s, u"Harbour"_s});
-            db.insert(kivo::Tag{u"7a000000-0000-4000-8000-000000000002"_s, u"boats"_s});
-            db.insert(kivo::ItemTag{item.id, u"7a000000-0000-4000-8000-000000000001"_s, u"user"_s, u"accepted"_s, march});
-            db.insert(kivo::ItemTag{item.id, u"7a000000-0000-4000-8000-000000000002"_s, u"ai"_s, u"suggested"_s, march});
-            db.insert(kivo::ItemCollection{item.id, inbox, march});
-            db.insert(kivo::ItemCollection{item.id, board, march});
-            db.insert(kivo::CanvasPosition{item.id, u"all"_s, 120.5, -40, 1.25, 2});
-            db.insert(kivo::CanvasPosition{item.id, board, 0, 16.75, 1, 0});
-        });
+        const QByteArray rows = kivo::test::readFile(QStringLiteral(KIVO_TEST_DATA "/core/sidecar-rows.sql"));
+        QVERIFY(!rows.isEmpty());
+        m_queue->write([&](Database &db) { db.executeScript(QString::fromUtf8(rows)); });
         const kivo::LibrarySnapshot snapshot = m_queue->read([](Database &db) { return kivo::LibrarySnapshot::read(db); });
         QCOMPARE(snapshot.items.size(), 1);
         QVERIFY(matchesGolden(u"item-sidecar.kivo.json"_s, kivo::Sidecars::serialise(kivo::Sidecars::itemSidecar(snapshot.items.first(), snapshot))));
