@@ -92,31 +92,20 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("step");
         QTest::addColumn<QString>("added");
+        // Columns of a table the step creates are checked by columnsAsWritten.
         const QStringList effects{
-            u"table collection, collection.id, collection.parentId, collection.name, collection.icon, collection.sortIndex, "
-            "collection.isInbox, collection.createdAt, collection.modifiedAt, collection.deletedAt, table item, item.id, "
-            "item.kind, item.title, item.note, item.sourceURL, item.filePath, item.fileHash, item.fileSize, item.width, "
-            "item.height, item.duration, item.createdAt, item.addedAt, item.modifiedAt, item.deletedAt, item.favourite, "
-            "index item_fileHash, index item_addedAt, table itemCollection, itemCollection.itemId, "
-            "itemCollection.collectionId, itemCollection.addedAt"_s,
-            u"item.ocrText, item.aiCaption, item.colors, item.enrichedAt, table tag, tag.id, tag.name, table itemTag, "
-            "itemTag.itemId, itemTag.tagId, itemTag.source, itemTag.status, itemTag.addedAt, table itemFTS, "
+            u"table collection, table item, index item_fileHash, index item_addedAt, table itemCollection"_s,
+            u"item.ocrText, item.aiCaption, item.colors, item.enrichedAt, table tag, table itemTag, table itemFTS, "
             "trigger item_ai, trigger item_ad, trigger item_au"_s,
-            u"table embedding, embedding.itemId, embedding.kind, embedding.dim, embedding.vector"_s,
-            u"table canvasPosition, canvasPosition.itemId, canvasPosition.collectionKey, canvasPosition.x, "
-            "canvasPosition.y, canvasPosition.scale, canvasPosition.z"_s,
+            u"table embedding"_s,
+            u"table canvasPosition"_s,
             {},
             u"collection.importedAt"_s,
             {},
             u"item.viaURL, item.remoteURL"_s,
             {},
             u"collection.pinnedAt"_s,
-            u"table boardObject, boardObject.id, boardObject.collectionKey, boardObject.kind, boardObject.x, "
-            "boardObject.y, boardObject.width, boardObject.height, boardObject.rotation, boardObject.zIndex, "
-            "boardObject.fill, boardObject.stroke, boardObject.strokeWidth, boardObject.opacity, boardObject.text, "
-            "boardObject.props, boardObject.points, boardObject.minX, boardObject.minY, boardObject.maxX, "
-            "boardObject.maxY, boardObject.createdAt, boardObject.updatedAt, boardObject.deletedAt, "
-            "index boardObject_board"_s,
+            u"table boardObject, index boardObject_board"_s,
             {},
             u"item.hiddenAt"_s,
             {},
@@ -138,7 +127,11 @@ private Q_SLOTS:
         const auto after = queue->read([](Database &db) { return schemaObjects(db); });
         QVERIFY(after.contains(before));
         QStringList expected = added.isEmpty() ? QStringList() : added.split(u", "_s);
-        QStringList got = (after - before).values();
+        QStringList got;
+        for (const QString &object : after - before) {
+            if (!object.contains(u'.') || before.contains(u"table "_s + object.section(u'.', 0, 0)))
+                got.append(object);
+        }
         expected.sort();
         got.sort();
         QCOMPARE(got, expected);
