@@ -1,5 +1,3 @@
-// The real `kivo` binary: its headless commands, and the lock that keeps a library to one process.
-
 #include "core/database.h"
 #include "core/librarylock.h"
 #include "tests/testsupport.h"
@@ -23,6 +21,7 @@ namespace {
 
 const QStringList &allIdentifiers = kivo::test::libraryIdentifiers();
 
+/** How a child `kivo` ended, and what it printed. */
 struct Outcome {
     int exitCode = -1;
     QString out;
@@ -31,6 +30,7 @@ struct Outcome {
 
 } // namespace
 
+/** The real `kivo` binary: its headless commands, and the lock that keeps a library to one process. */
 class TestCli : public QObject
 {
     Q_OBJECT

@@ -1,5 +1,3 @@
-// The serial database handle: transactions, read-only scopes, binding, threads and files.
-
 #include "core/database.h"
 #include "core/records.h"
 #include "tests/testsupport.h"
@@ -20,7 +18,7 @@ using kivo::DatabaseQueue;
 
 namespace {
 
-// A second, plain connection on the same file, standing for another process.
+/** A second, plain connection on the same file, standing for another process. */
 struct RawConnection {
     sqlite3 *db = nullptr;
     explicit RawConnection(const QString &path) { sqlite3_open(path.toUtf8().constData(), &db); }
@@ -43,6 +41,7 @@ int primaryCode(const DatabaseError &error)
 
 } // namespace
 
+/** The serial database handle: transactions, read-only scopes, binding, threads and files. */
 class TestDatabase : public QObject
 {
     Q_OBJECT

@@ -1,5 +1,3 @@
-// Where the library is, how stored files are named and placed, and how the folder is made.
-
 #include "core/librarylocation.h"
 #include "core/userdefaults.h"
 #include "tests/testsupport.h"
@@ -27,6 +25,7 @@ void setTimeZone(const QByteArray &zone)
 
 } // namespace
 
+/** Where the library is, how stored files are named and placed, and how the folder is made. */
 class TestLibraryLocation : public QObject
 {
     Q_OBJECT

@@ -1,6 +1,3 @@
-// The first decision of a start (ready, first run, missing), relocation, and the promise that a
-// missing library is never replaced by a silent new one.
-
 #include "core/librarylocation.h"
 #include "core/librarypresence.h"
 #include "core/reorganiser.h"
@@ -16,6 +13,10 @@ using namespace Qt::StringLiterals;
 namespace Presence = kivo::LibraryPresence;
 using Verdict = kivo::LibraryPresence::Verdict;
 
+/**
+ * The first decision of a start (ready, first run, missing), relocation, and the promise that a
+ * missing library is never replaced by a silent new one.
+ */
 class TestLibraryPresence : public QObject
 {
     Q_OBJECT

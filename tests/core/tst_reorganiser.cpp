@@ -1,6 +1,3 @@
-// The one-way move of an older-layout library into the browsable layout: a full run, a run cut
-// off at each moment (then finished by the next start), and a failure rolled back.
-
 #include "core/database.h"
 #include "core/records.h"
 #include "core/reorganiser.h"
@@ -29,7 +26,7 @@ QString idOf(const char *prefix, int n)
     return QString::fromLatin1(prefix) + u"000000-0000-4000-8000-00000000000"_s + QString::number(n);
 }
 
-// One row of the older library: its old file (if any) and where everything must end up.
+/** One row of the older library: its old file (if any) and where everything must end up. */
 struct Case {
     LibraryItem item;
     QByteArray bytes;          // written to files/<filePath> unless empty
@@ -177,6 +174,10 @@ void verifyReorganised(const QString &root)
 
 } // namespace
 
+/**
+ * The one-way move of an older-layout library into the browsable layout: a full run, a run cut
+ * off at each moment (then finished by the next start), and a failure rolled back.
+ */
 class TestReorganiser : public QObject
 {
     Q_OBJECT

@@ -1,5 +1,3 @@
-// The library's schema steps and the migrator that applies them.
-
 #include "core/database.h"
 #include "core/migrator.h"
 #include "core/records.h"
@@ -64,6 +62,7 @@ QVariant scalar(DatabaseQueue &queue, const QString &sql, const QVariantList &ar
 
 } // namespace
 
+/** The library's schema steps and the migrator that applies them. */
 class TestSchema : public QObject
 {
     Q_OBJECT

@@ -1,5 +1,3 @@
-// Sidecars and the manifest: their exact JSON, and the refresh that rewrites them all.
-
 #include "core/database.h"
 #include "core/librarylocation.h"
 #include "core/librarysnapshot.h"
@@ -72,6 +70,7 @@ QStringList sidecarsUnder(const QString &folder)
 
 } // namespace
 
+/** Sidecars and the manifest: their exact JSON, and the refresh that rewrites them all. */
 class TestSidecars : public QObject
 {
     Q_OBJECT
