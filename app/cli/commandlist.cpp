@@ -3,11 +3,13 @@
 namespace kivo::cli {
 
 Command *makeInfoCommand();
+Command *makePaletteCommand();
 
 const QList<Command *> &allCommands()
 {
     static const QList<Command *> commands{
         makeInfoCommand(),
+        makePaletteCommand(),
     };
     return commands;
 }
