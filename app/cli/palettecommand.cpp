@@ -30,7 +30,7 @@ public:
         if (context.arguments.size() != 1)
             return context.usageError(u"palette takes one picture file"_s);
         const QString path = context.arguments.constFirst();
-        if (!QFileInfo(path).isFile())
+        if (!QFileInfo::exists(path) || QFileInfo(path).isDir())
             return context.fail(u"no file at %1"_s.arg(path));
         const QImage image = AnalysisImage::decode(path);
         if (image.isNull())
