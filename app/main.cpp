@@ -4,14 +4,12 @@
 #include "app/cli/command.h"
 #include "app/kivoapp.h"
 #include "core/librarylocation.h"
+#include "understanding/textrecognizer.h"
 
 #include <QCoreApplication>
 #include <QTextStream>
 
 #include <cstdio>
-#include <cstdlib>
-
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -54,19 +52,6 @@ CommandLine parse(const QStringList &arguments)
     return line;
 }
 
-// The text recogniser's OpenMP runtime reads its thread limit once, when the library loads, and
-// with one thread per core it is several times slower than with one thread in all. So a start
-// without the limit sets it and replaces itself with a fresh copy of the program that sees it.
-void ensureSingleThreadedRecognition(char **argv)
-{
-    if (std::getenv("OMP_THREAD_LIMIT") != nullptr)
-        return;
-    if (::setenv("OMP_THREAD_LIMIT", "1", 1) != 0)
-        return;
-    ::execv("/proc/self/exe", argv);
-    // Still here: the exec failed. Go on; only processes started from here see the limit.
-}
-
 void printHelp(QTextStream &out)
 {
     out << u"Usage: kivo [--library PATH] [COMMAND] [ARGUMENTS] [--json]\n\n"
@@ -92,7 +77,8 @@ void printHelp(QTextStream &out)
 
 int main(int argc, char **argv)
 {
-    ensureSingleThreadedRecognition(argv);
+    // Before anything else runs: this may replace the process with a fresh copy of itself.
+    kivo::TextRecognizer::ensureSingleThreadedProcess(argv);
 
     QStringList arguments;
     for (int i = 0; i < argc; ++i)

@@ -7,7 +7,10 @@
 #include <tesseract/resultiterator.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
+
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -104,6 +107,18 @@ std::optional<QString> TextRecognizer::recognizeText(const QImage &image)
 bool TextRecognizer::isAvailable()
 {
     return threadEngine() != nullptr;
+}
+
+void TextRecognizer::ensureSingleThreadedProcess(char **argv)
+{
+    // With one OpenMP thread per core the engine reads an image several times slower than with
+    // one thread in all, as its threads wait on each other.
+    if (std::getenv("OMP_THREAD_LIMIT") != nullptr)
+        return;
+    if (::setenv("OMP_THREAD_LIMIT", "1", 1) != 0)
+        return;
+    ::execv("/proc/self/exe", argv);
+    // Still here: the exec failed. Go on; only processes started from here see the limit.
 }
 
 } // namespace kivo

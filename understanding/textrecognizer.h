@@ -26,6 +26,14 @@ public:
 
     /** Whether this thread's engine could be loaded (the English model is installed). */
     [[nodiscard]] static bool isAvailable();
+
+    /**
+     * Call first thing in main(): when OMP_THREAD_LIMIT is not set, sets it to 1 and replaces the
+     * process with a fresh copy of the program (same arguments), because the engine's OpenMP
+     * runtime reads the limit only once, as it loads. Returns only when nothing had to change or
+     * the restart failed.
+     */
+    static void ensureSingleThreadedProcess(char **argv);
 };
 
 } // namespace kivo
