@@ -18,7 +18,7 @@ QImage photoLike(int width, int height, bool withAlpha)
             const int grain = int(random.bounded(24)) - 12;
             const int alpha = withAlpha ? (x * 255 / width) : 255;
             line[x] = qRgba(qBound(0, 40 + x * 160 / width + grain, 255), qBound(0, 90 + y * 120 / height + grain, 255),
-                            qBound(0, 200 - x * 100 / width + grain, 255), alpha);
+                qBound(0, 200 - x * 100 / width + grain, 255), alpha);
         }
     }
     QPainter painter(&image);
@@ -27,7 +27,8 @@ QImage photoLike(int width, int height, bool withAlpha)
     painter.setBrush(QColor(250, 210, 60));
     painter.drawEllipse(QPointF(width * 0.7, height * 0.3), width * 0.12, width * 0.12);
     painter.setBrush(QColor(30, 80, 40));
-    painter.drawPolygon(QPolygonF({QPointF(0, height), QPointF(width * 0.35, height * 0.5), QPointF(width * 0.8, height)}));
+    painter.drawPolygon(
+        QPolygonF({QPointF(0, height), QPointF(width * 0.35, height * 0.5), QPointF(width * 0.8, height)}));
     painter.end();
     return image;
 }

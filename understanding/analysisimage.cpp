@@ -16,7 +16,7 @@ QImage decode(const QString &path, int maxSide)
     if (stored.isValid() && std::max(stored.width(), stored.height()) > maxSide) {
         const double factor = double(maxSide) / std::max(stored.width(), stored.height());
         reader.setScaledSize(QSize(std::max(1, int(std::lround(stored.width() * factor))),
-                                   std::max(1, int(std::lround(stored.height() * factor)))));
+            std::max(1, int(std::lround(stored.height() * factor)))));
     }
     QImage image = reader.read();
     if (image.isNull())

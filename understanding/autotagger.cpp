@@ -85,18 +85,16 @@ QString withoutPossessive(const QString &word)
 
 const QStringList &stopWords()
 {
-    static const QStringList words{
-        u"the"_s,   u"way"_s,   u"ways"_s,    u"thing"_s,  u"things"_s, u"home"_s,   u"page"_s,
-        u"pages"_s, u"site"_s,  u"sites"_s,   u"website"_s, u"com"_s,   u"www"_s,    u"http"_s,
-        u"https"_s, u"html"_s,  u"index"_s,   u"login"_s,  u"sign"_s,   u"search"_s, u"welcome"_s,
-        u"your"_s,  u"you"_s,   u"our"_s,     u"use"_s,    u"using"_s,  u"part"_s,   u"today"_s,
-        u"day"_s,   u"week"_s,  u"year"_s,    u"time"_s,   u"world"_s,  u"people"_s, u"lot"_s,
-    };
+    static const QStringList words{u"the"_s, u"way"_s, u"ways"_s, u"thing"_s, u"things"_s, u"home"_s, u"page"_s,
+        u"pages"_s, u"site"_s, u"sites"_s, u"website"_s, u"com"_s, u"www"_s, u"http"_s, u"https"_s, u"html"_s,
+        u"index"_s, u"login"_s, u"sign"_s, u"search"_s, u"welcome"_s, u"your"_s, u"you"_s, u"our"_s, u"use"_s,
+        u"using"_s, u"part"_s, u"today"_s, u"day"_s, u"week"_s, u"year"_s, u"time"_s, u"world"_s, u"people"_s,
+        u"lot"_s};
     return words;
 }
 
 QStringList linkTags(const std::optional<QString> &title, const std::optional<QString> &note,
-                     const std::optional<QString> &sourceURL, const NounLexicon *lexicon)
+    const std::optional<QString> &sourceURL, const NounLexicon *lexicon)
 {
     TagList list;
     if (const std::optional<QString> domain = domainWord(sourceURL))
@@ -130,8 +128,8 @@ QStringList linkTags(const std::optional<QString> &title, const std::optional<QS
     return list.tags();
 }
 
-QStringList linkTags(const std::optional<QString> &title, const std::optional<QString> &note,
-                     const std::optional<QString> &sourceURL)
+QStringList linkTags(
+    const std::optional<QString> &title, const std::optional<QString> &note, const std::optional<QString> &sourceURL)
 {
     return linkTags(title, note, sourceURL, NounLexicon::shared().get());
 }
@@ -155,8 +153,7 @@ void applyTag(Database &db, const QString &itemId, const QString &name, double n
         db.insert(Tag{newIdentifier(), name});
         tagId = db.fetchScalar(lookup, {name});
     }
-    const QVariant linked =
-        db.fetchScalar(u"SELECT 1 FROM itemTag WHERE itemId = ? AND tagId = ?"_s, {itemId, tagId});
+    const QVariant linked = db.fetchScalar(u"SELECT 1 FROM itemTag WHERE itemId = ? AND tagId = ?"_s, {itemId, tagId});
     if (linked.isValid())
         return;
     db.insert(ItemTag{itemId, tagId.toString(), u"ai"_s, u"accepted"_s, now});

@@ -29,11 +29,11 @@ inline constexpr int maximumLinkTags = 4;
  * words of the text. With no lexicon the plain words serve for every link.
  */
 [[nodiscard]] QStringList linkTags(const std::optional<QString> &title, const std::optional<QString> &note,
-                                   const std::optional<QString> &sourceURL, const NounLexicon *lexicon);
+    const std::optional<QString> &sourceURL, const NounLexicon *lexicon);
 
 /** As above with the system's lexicon; loads it on first use, so call it off the main thread. */
-[[nodiscard]] QStringList linkTags(const std::optional<QString> &title, const std::optional<QString> &note,
-                                   const std::optional<QString> &sourceURL);
+[[nodiscard]] QStringList linkTags(
+    const std::optional<QString> &title, const std::optional<QString> &note, const std::optional<QString> &sourceURL);
 
 /**
  * The tags of a picture that no classifier named: the word for its most common colour, when the

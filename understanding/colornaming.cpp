@@ -28,9 +28,15 @@ QStringView trimmed(QStringView text)
 const QList<HueWord> &hueWords()
 {
     static const QList<HueWord> table{
-        {0.0, 0.04, u"red"_s},     {0.04, 0.1, u"orange"_s}, {0.1, 0.17, u"amber"_s},
-        {0.17, 0.24, u"olive"_s},  {0.24, 0.42, u"green"_s}, {0.42, 0.55, u"teal"_s},
-        {0.55, 0.7, u"blue"_s},    {0.7, 0.79, u"violet"_s}, {0.79, 0.9, u"magenta"_s},
+        {0.0, 0.04, u"red"_s},
+        {0.04, 0.1, u"orange"_s},
+        {0.1, 0.17, u"amber"_s},
+        {0.17, 0.24, u"olive"_s},
+        {0.24, 0.42, u"green"_s},
+        {0.42, 0.55, u"teal"_s},
+        {0.55, 0.7, u"blue"_s},
+        {0.7, 0.79, u"violet"_s},
+        {0.79, 0.9, u"magenta"_s},
         {0.9, 1.01, u"red"_s},
     };
     return table;

@@ -96,8 +96,8 @@ const QList<Swatch> &swatches()
 
 const QStringList &modifierWords()
 {
-    static const QStringList words{u"dark"_s, u"light"_s, u"deep"_s,  u"pale"_s, u"bright"_s, u"muted"_s,
-                                   u"soft"_s, u"pastel"_s, u"neon"_s, u"very"_s, u"off"_s};
+    static const QStringList words{u"dark"_s, u"light"_s, u"deep"_s, u"pale"_s, u"bright"_s, u"muted"_s, u"soft"_s,
+        u"pastel"_s, u"neon"_s, u"very"_s, u"off"_s};
     return words;
 }
 
@@ -121,8 +121,8 @@ QStringList colourWords(const QString &text)
     const QString lowered = text.toLower();
     QStringList words;
     for (const Swatch &swatch : swatches()) {
-        const bool named = std::any_of(swatch.names.cbegin(), swatch.names.cend(),
-                                       [&](const QString &name) { return lowered.contains(name); });
+        const bool named = std::any_of(
+            swatch.names.cbegin(), swatch.names.cend(), [&](const QString &name) { return lowered.contains(name); });
         if (named)
             words.append(swatch.names.constFirst());
     }

@@ -59,7 +59,7 @@ struct ColourMatches {
  * total counts every match, the list keeps only items with a file, best score first and newest
  * first among equals, cut to `limit`.
  */
-[[nodiscard]] ColourMatches rankByColours(const QList<LibraryItem> &itemsNewestFirst, const QStringList &words,
-                                          int limit);
+[[nodiscard]] ColourMatches rankByColours(
+    const QList<LibraryItem> &itemsNewestFirst, const QStringList &words, int limit);
 
 } // namespace kivo::ColorSearch

@@ -11,8 +11,8 @@ namespace kivo::ItemTitles {
 namespace {
 
 const QStringList cameraPrefixes{u"screen shot "_s, u"screenshot "_s, u"photo "_s, u"image "_s, u"img "_s};
-const QStringList fileExtensions{u"png"_s, u"jpg"_s,  u"jpeg"_s, u"gif"_s, u"webp"_s,
-                                 u"heic"_s, u"mp4"_s, u"mov"_s,  u"pdf"_s};
+const QStringList fileExtensions{
+    u"png"_s, u"jpg"_s, u"jpeg"_s, u"gif"_s, u"webp"_s, u"heic"_s, u"mp4"_s, u"mov"_s, u"pdf"_s};
 
 bool hasPrefixBeforeNumber(const QString &lowered)
 {

@@ -20,29 +20,21 @@ Q_LOGGING_CATEGORY(lcLexicon, "kivo.understanding.lexicon")
 constexpr int dominanceFactor = 4;
 
 /** Inflection endings and what replaces them, as WordNet's own lookup tries them. */
-const QList<std::pair<QString, QString>> nounEndings{
-    {u"s"_s, QString()}, {u"ses"_s, u"s"_s},   {u"xes"_s, u"x"_s},   {u"zes"_s, u"z"_s},
-    {u"ches"_s, u"ch"_s}, {u"shes"_s, u"sh"_s}, {u"men"_s, u"man"_s}, {u"ies"_s, u"y"_s},
-};
-const QList<std::pair<QString, QString>> verbEndings{
-    {u"s"_s, QString()}, {u"ies"_s, u"y"_s}, {u"es"_s, u"e"_s},   {u"es"_s, QString()},
-    {u"ed"_s, u"e"_s},   {u"ed"_s, QString()}, {u"ing"_s, u"e"_s}, {u"ing"_s, QString()},
-};
+const QList<std::pair<QString, QString>> nounEndings{{u"s"_s, QString()}, {u"ses"_s, u"s"_s}, {u"xes"_s, u"x"_s},
+    {u"zes"_s, u"z"_s}, {u"ches"_s, u"ch"_s}, {u"shes"_s, u"sh"_s}, {u"men"_s, u"man"_s}, {u"ies"_s, u"y"_s}};
+const QList<std::pair<QString, QString>> verbEndings{{u"s"_s, QString()}, {u"ies"_s, u"y"_s}, {u"es"_s, u"e"_s},
+    {u"es"_s, QString()}, {u"ed"_s, u"e"_s}, {u"ed"_s, QString()}, {u"ing"_s, u"e"_s}, {u"ing"_s, QString()}};
 
 // Function words that WordNet also lists as rare nouns ("are" the unit, "who" the organisation).
-const QSet<QString> functionWords{
-    u"are"_s,  u"can"_s,   u"will"_s,  u"may"_s,   u"might"_s,  u"must"_s,  u"shall"_s, u"who"_s,
-    u"one"_s,  u"ones"_s,  u"have"_s,  u"has"_s,   u"more"_s,   u"most"_s,  u"over"_s,  u"out"_s,
-    u"here"_s, u"there"_s, u"why"_s,   u"how"_s,   u"what"_s,   u"when"_s,  u"where"_s, u"which"_s,
-    u"this"_s, u"that"_s,  u"these"_s, u"those"_s, u"all"_s,    u"any"_s,   u"some"_s,  u"each"_s,
-    u"few"_s,  u"many"_s,  u"much"_s,  u"such"_s,  u"than"_s,   u"then"_s,  u"now"_s,   u"also"_s,
-    u"very"_s, u"just"_s,  u"even"_s,  u"still"_s, u"yet"_s,    u"too"_s,   u"not"_s,   u"and"_s,
-    u"but"_s,  u"for"_s,   u"from"_s,  u"with"_s,  u"into"_s,   u"about"_s, u"after"_s, u"before"_s,
-    u"off"_s,  u"down"_s,  u"less"_s,  u"own"_s,   u"same"_s,   u"other"_s, u"another"_s, u"else"_s,
-    u"well"_s, u"like"_s,  u"being"_s, u"does"_s,  u"did"_s,    u"let"_s,   u"say"_s,   u"was"_s,
-    u"were"_s, u"been"_s,  u"its"_s,   u"his"_s,   u"her"_s,    u"him"_s,   u"they"_s,  u"them"_s,
-    u"she"_s,  u"our"_s,   u"your"_s,  u"their"_s, u"upon"_s,   u"ever"_s,  u"never"_s, u"always"_s,
-};
+const QSet<QString> functionWords{u"are"_s, u"can"_s, u"will"_s, u"may"_s, u"might"_s, u"must"_s, u"shall"_s, u"who"_s,
+    u"one"_s, u"ones"_s, u"have"_s, u"has"_s, u"more"_s, u"most"_s, u"over"_s, u"out"_s, u"here"_s, u"there"_s,
+    u"why"_s, u"how"_s, u"what"_s, u"when"_s, u"where"_s, u"which"_s, u"this"_s, u"that"_s, u"these"_s, u"those"_s,
+    u"all"_s, u"any"_s, u"some"_s, u"each"_s, u"few"_s, u"many"_s, u"much"_s, u"such"_s, u"than"_s, u"then"_s, u"now"_s,
+    u"also"_s, u"very"_s, u"just"_s, u"even"_s, u"still"_s, u"yet"_s, u"too"_s, u"not"_s, u"and"_s, u"but"_s, u"for"_s,
+    u"from"_s, u"with"_s, u"into"_s, u"about"_s, u"after"_s, u"before"_s, u"off"_s, u"down"_s, u"less"_s, u"own"_s,
+    u"same"_s, u"other"_s, u"another"_s, u"else"_s, u"well"_s, u"like"_s, u"being"_s, u"does"_s, u"did"_s, u"let"_s,
+    u"say"_s, u"was"_s, u"were"_s, u"been"_s, u"its"_s, u"his"_s, u"her"_s, u"him"_s, u"they"_s, u"them"_s, u"she"_s,
+    u"our"_s, u"your"_s, u"their"_s, u"upon"_s, u"ever"_s, u"never"_s, u"always"_s};
 
 // "lemma pos synset_cnt ..." per line; the licence at the top starts with blanks.
 bool readIndex(const QString &path, QHash<QString, int> &senses)
@@ -90,7 +82,7 @@ void readExceptions(const QString &path, QHash<QString, QString> &exceptions)
 
 // The largest sense count among the word itself and the bases its inflection may come from.
 int sensesOfForms(const QString &word, const QHash<QString, int> &index, const QHash<QString, QString> &exceptions,
-                  const QList<std::pair<QString, QString>> &endings)
+    const QList<std::pair<QString, QString>> &endings)
 {
     int best = index.value(word);
     const auto exception = exceptions.constFind(word);

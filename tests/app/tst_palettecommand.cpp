@@ -69,7 +69,7 @@ private:
         if (!process.waitForFinished(60000))
             process.kill();
         return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-                QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
+            QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
     }
 
 private Q_SLOTS:
@@ -88,8 +88,7 @@ private Q_SLOTS:
         const Outcome json = kivo({u"palette"_s, path, u"--json"_s});
         QCOMPARE(json.exitCode, 0);
         const QJsonObject object = QJsonDocument::fromJson(json.out.toUtf8()).object();
-        QCOMPARE(object.value(u"colors"_s).toArray(),
-                 QJsonArray({u"#FFFFFF"_s, u"#0000FF"_s, u"#172737"_s}));
+        QCOMPARE(object.value(u"colors"_s).toArray(), QJsonArray({u"#FFFFFF"_s, u"#0000FF"_s, u"#172737"_s}));
         QCOMPARE(object.value(u"names"_s).toArray(), QJsonArray({u"white"_s, u"blue"_s, u"blue"_s}));
     }
 

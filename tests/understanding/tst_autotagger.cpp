@@ -41,9 +41,8 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("tags");
         QTest::newRow("nothing, one-label host")
             << OptionalString() << OptionalString() << OptionalString(u"http://localhost/some/page"_s) << QStringList{};
-        QTest::newRow("registered name")
-            << OptionalString() << OptionalString() << OptionalString(u"https://www.example.com/a"_s)
-            << QStringList{u"example"_s};
+        QTest::newRow("registered name") << OptionalString() << OptionalString()
+                                         << OptionalString(u"https://www.example.com/a"_s) << QStringList{u"example"_s};
         QTest::newRow("subdomain") << OptionalString() << OptionalString()
                                    << OptionalString(u"https://blog.kivo-app.io/post"_s) << QStringList{u"kivo-app"_s};
         QTest::newRow("country suffix label too short")
@@ -51,8 +50,8 @@ private Q_SLOTS:
         QTest::newRow("not a url") << OptionalString() << OptionalString() << OptionalString(u"not a url"_s)
                                    << QStringList{};
         QTest::newRow("plain words in order, four at most")
-            << OptionalString(u"Best hiking trails in Norway, 2024 edition"_s) << OptionalString()
-            << OptionalString() << QStringList{u"best"_s, u"hiking"_s, u"trails"_s, u"norway"_s};
+            << OptionalString(u"Best hiking trails in Norway, 2024 edition"_s) << OptionalString() << OptionalString()
+            << QStringList{u"best"_s, u"hiking"_s, u"trails"_s, u"norway"_s};
         QTest::newRow("title and note joined")
             << OptionalString(u"Ox"_s) << OptionalString(u"Moose"_s) << OptionalString() << QStringList{u"moose"_s};
         QTest::newRow("24 letters pass, 25 do not")
@@ -60,11 +59,10 @@ private Q_SLOTS:
             << OptionalString() << QStringList{u"abcdefghijklmnopqrstuvwx"_s};
         QTest::newRow("digits alone refused")
             << OptionalString(u"2024 1999 mp3"_s) << OptionalString() << OptionalString() << QStringList{u"mp3"_s};
-        QTest::newRow("stop words only")
-            << OptionalString(u"Welcome to our home page"_s) << OptionalString()
-            << OptionalString(u"https://www.kivo.app/"_s) << QStringList{u"kivo"_s};
-        QTest::newRow("each word once")
-            << OptionalString(u"Bread bread BREAD"_s) << OptionalString() << OptionalString() << QStringList{u"bread"_s};
+        QTest::newRow("stop words only") << OptionalString(u"Welcome to our home page"_s) << OptionalString()
+                                         << OptionalString(u"https://www.kivo.app/"_s) << QStringList{u"kivo"_s};
+        QTest::newRow("each word once") << OptionalString(u"Bread bread BREAD"_s) << OptionalString()
+                                        << OptionalString() << QStringList{u"bread"_s};
         QTest::newRow("domain word first, not repeated")
             << OptionalString(u"Example of examples"_s) << OptionalString() << OptionalString(u"https://example.org"_s)
             << QStringList{u"example"_s, u"examples"_s};
@@ -96,18 +94,15 @@ private Q_SLOTS:
             << OptionalString(u"A guide to kitchen knives, cutting boards and recipes"_s) << OptionalString()
             << OptionalString(u"https://www.seriouseats.com/x"_s)
             << QStringList{u"seriouseats"_s, u"guide"_s, u"kitchen"_s, u"knives"_s};
-        QTest::newRow("possessive split off")
-            << OptionalString(u"Kivo's design notes"_s) << OptionalString() << OptionalString()
-            << QStringList{u"design"_s, u"notes"_s};
+        QTest::newRow("possessive split off") << OptionalString(u"Kivo's design notes"_s) << OptionalString()
+                                              << OptionalString() << QStringList{u"design"_s, u"notes"_s};
         QTest::newRow("one noun, plain words fill up")
             << OptionalString(u"Get started quickly with recipes"_s) << OptionalString() << OptionalString()
             << QStringList{u"recipes"_s, u"get"_s, u"started"_s, u"quickly"_s};
-        QTest::newRow("stop words only")
-            << OptionalString(u"Welcome to our home page"_s) << OptionalString()
-            << OptionalString(u"https://www.kivo.app/"_s) << QStringList{u"kivo"_s};
-        QTest::newRow("note counts too")
-            << OptionalString() << OptionalString(u"Saved for the mountain cabin"_s) << OptionalString()
-            << QStringList{u"mountain"_s, u"cabin"_s};
+        QTest::newRow("stop words only") << OptionalString(u"Welcome to our home page"_s) << OptionalString()
+                                         << OptionalString(u"https://www.kivo.app/"_s) << QStringList{u"kivo"_s};
+        QTest::newRow("note counts too") << OptionalString() << OptionalString(u"Saved for the mountain cabin"_s)
+                                         << OptionalString() << QStringList{u"mountain"_s, u"cabin"_s};
     }
     void nounTags()
     {
@@ -130,7 +125,7 @@ private Q_SLOTS:
             << QStringList{u"sea shore"_s};
         QTest::newRow("classifier's order and wording, six at most")
             << Observations{{u"b"_s, 0.3, true}, {u"a"_s, 0.9, true}, {u"c_d_e"_s, 0.5, true}, {u"F"_s, 0.5, true},
-                            {u"x"_s, 0.1, true}, {u"g"_s, 0.5, true}, {u"h"_s, 0.5, true}, {u"i"_s, 0.5, true}}
+                   {u"x"_s, 0.1, true}, {u"g"_s, 0.5, true}, {u"h"_s, 0.5, true}, {u"i"_s, 0.5, true}}
             << QStringList{u"b"_s, u"a"_s, u"c d e"_s, u"F"_s, u"g"_s, u"h"_s};
     }
     void labelTags()
@@ -153,9 +148,10 @@ private Q_SLOTS:
         QTest::addColumn<QString>("kind");
         QTest::addColumn<QStringList>("palette");
         QTest::addColumn<QStringList>("result");
-        QTest::newRow("very dark picture") << QStringList{} << u"image"_s << QStringList{u"#0A0A0A"_s, u"#FF0000"_s}
-                                           << QStringList{u"black"_s};
-        QTest::newRow("video frame") << QStringList{} << u"video"_s << QStringList{u"#FF0000"_s} << QStringList{u"red"_s};
+        QTest::newRow("very dark picture")
+            << QStringList{} << u"image"_s << QStringList{u"#0A0A0A"_s, u"#FF0000"_s} << QStringList{u"black"_s};
+        QTest::newRow("video frame") << QStringList{} << u"video"_s << QStringList{u"#FF0000"_s}
+                                     << QStringList{u"red"_s};
         QTest::newRow("file") << QStringList{} << u"file"_s << QStringList{u"#404040"_s} << QStringList{u"charcoal"_s};
         QTest::newRow("tags stand") << QStringList{u"dog"_s} << u"image"_s << QStringList{u"#FF0000"_s}
                                     << QStringList{u"dog"_s};
@@ -192,32 +188,33 @@ private Q_SLOTS:
         });
 
         queue->write([&](Database &db) {
-            AutoTagger::applyTag(db, item.id, u"beach"_s, 10);     // the user's tag stays as it is
+            AutoTagger::applyTag(db, item.id, u"beach"_s, 10); // the user's tag stays as it is
             AutoTagger::applyTag(db, item.id, u"sea shore"_s, 10); // a new tag
             AutoTagger::applyTag(db, item.id, u"sea shore"_s, 11); // once only
-            AutoTagger::applyTag(db, item.id, u"Beach"_s, 12);     // same tag in another case
-            AutoTagger::applyTag(db, item.id, u"sky"_s, 13);       // joins the existing "Sky"
+            AutoTagger::applyTag(db, item.id, u"Beach"_s, 12); // same tag in another case
+            AutoTagger::applyTag(db, item.id, u"sky"_s, 13); // joins the existing "Sky"
         });
 
         const QStringList rows = queue->read([&](Database &db) {
             QStringList result;
             db.forEach(u"SELECT t.id, t.name, it.source, it.status, it.addedAt FROM itemTag it "
                        "JOIN tag t ON t.id = it.tagId WHERE it.itemId = ? ORDER BY it.addedAt"_s,
-                       {item.id}, [&](const kivo::Row &row) {
-                           const QString id = row.text(0);
-                           const QString shownId = id == userTag ? u"user-tag"_s : id == otherTag ? u"sky-tag"_s : u"new"_s;
-                           result.append(u"%1|%2|%3|%4|%5"_s.arg(shownId, row.text(1), row.text(2), row.text(3))
-                                             .arg(row.real(4)));
-                       });
+                {item.id}, [&](const kivo::Row &row) {
+                    const QString id = row.text(0);
+                    const QString shownId = id == userTag ? u"user-tag"_s : id == otherTag ? u"sky-tag"_s : u"new"_s;
+                    result.append(
+                        u"%1|%2|%3|%4|%5"_s.arg(shownId, row.text(1), row.text(2), row.text(3)).arg(row.real(4)));
+                });
             return result;
         });
-        QCOMPARE(rows, (QStringList{u"user-tag|beach|user|accepted|5"_s, u"new|sea shore|ai|accepted|10"_s,
-                                    u"sky-tag|Sky|ai|accepted|13"_s}));
-        const qint64 tags = queue->read([](Database &db) { return db.fetchScalar(u"SELECT COUNT(*) FROM tag"_s).toLongLong(); });
+        QCOMPARE(rows,
+            (QStringList{u"user-tag|beach|user|accepted|5"_s, u"new|sea shore|ai|accepted|10"_s,
+                u"sky-tag|Sky|ai|accepted|13"_s}));
+        const qint64 tags
+            = queue->read([](Database &db) { return db.fetchScalar(u"SELECT COUNT(*) FROM tag"_s).toLongLong(); });
         QCOMPARE(tags, 3);
-        const QString newId = queue->read([](Database &db) {
-            return db.fetchScalar(u"SELECT id FROM tag WHERE name = 'sea shore'"_s).toString();
-        });
+        const QString newId = queue->read(
+            [](Database &db) { return db.fetchScalar(u"SELECT id FROM tag WHERE name = 'sea shore'"_s).toString(); });
         QCOMPARE(newId, newId.toLower());
         QCOMPARE(newId.size(), 36);
     }

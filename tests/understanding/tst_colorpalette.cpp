@@ -81,8 +81,8 @@ private Q_SLOTS:
         // Six vertical bands of 1024 / 6 pixels do not align with the sample grid, so blended
         // edge pixels form small bins of their own; the six bands still lead.
         QImage image(1024, 768, QImage::Format_RGB32);
-        const QList<QRgb> bands{qRgb(255, 0, 0), qRgb(0, 255, 0), qRgb(0, 0, 255),
-                                qRgb(255, 255, 0), qRgb(0, 255, 255), qRgb(255, 0, 255)};
+        const QList<QRgb> bands{
+            qRgb(255, 0, 0), qRgb(0, 255, 0), qRgb(0, 0, 255), qRgb(255, 255, 0), qRgb(0, 255, 255), qRgb(255, 0, 255)};
         QPainter painter(&image);
         for (int i = 0; i < bands.size(); ++i)
             painter.fillRect(QRect(i * 1024 / 6, 0, 1024 / 6 + 1, 768), QColor(bands.at(i)));
@@ -147,7 +147,7 @@ private Q_SLOTS:
     void encodingIsCompactAndNullWhenEmpty()
     {
         QCOMPARE(kivo::ColorPalette::encodePalette({u"#FF0000"_s, u"#0A0B0C"_s}),
-                 std::optional<QString>(u"[\"#FF0000\",\"#0A0B0C\"]"_s));
+            std::optional<QString>(u"[\"#FF0000\",\"#0A0B0C\"]"_s));
         QCOMPARE(kivo::ColorPalette::encodePalette({}), std::nullopt);
         QCOMPARE(kivo::ColorPalette::decodePalette(std::optional<QString>()), QStringList{});
     }

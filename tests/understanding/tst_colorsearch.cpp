@@ -179,14 +179,14 @@ private Q_SLOTS:
     {
         // Newest first. "red" scores by the index of the first red colour.
         const QList<kivo::LibraryItem> items{
-            itemWith(u"a"_s, u"[\"#FFFFFF\",\"#FF0000\"]"_s, true),  // 1
-            itemWith(u"b"_s, u"[\"#FF0000\"]"_s, false),              // 0, but no file
-            itemWith(u"c"_s, u"[\"#EE1111\",\"#FFFFFF\"]"_s, true),  // 0
-            itemWith(u"d"_s, u"[\"#0000FF\"]"_s, true),               // no red
-            itemWith(u"e"_s, std::nullopt, true),                     // never analysed
-            itemWith(u"f"_s, u"not json"_s, true),                    // unreadable
-            itemWith(u"g"_s, u"[\"#FFFFFF\",\"#FF0000\"]"_s, true),  // 1, older than a
-            itemWith(u"h"_s, u"[\"#CC0000\"]"_s, true),               // 0, oldest
+            itemWith(u"a"_s, u"[\"#FFFFFF\",\"#FF0000\"]"_s, true), // 1
+            itemWith(u"b"_s, u"[\"#FF0000\"]"_s, false), // 0, but no file
+            itemWith(u"c"_s, u"[\"#EE1111\",\"#FFFFFF\"]"_s, true), // 0
+            itemWith(u"d"_s, u"[\"#0000FF\"]"_s, true), // no red
+            itemWith(u"e"_s, std::nullopt, true), // never analysed
+            itemWith(u"f"_s, u"not json"_s, true), // unreadable
+            itemWith(u"g"_s, u"[\"#FFFFFF\",\"#FF0000\"]"_s, true), // 1, older than a
+            itemWith(u"h"_s, u"[\"#CC0000\"]"_s, true), // 0, oldest
         };
         ColorSearch::ColourMatches matches = ColorSearch::rankByColours(items, {u"red"_s}, 10);
         QCOMPARE(matches.total, 5);

@@ -26,8 +26,7 @@ private Q_SLOTS:
         QTest::newRow("holiday.png by extension") << OptionalString(u"holiday.png"_s) << true;
         QTest::newRow("Summer 2019") << OptionalString(u"Summer 2019"_s) << false;
         QTest::newRow("photo album") << OptionalString(u"photo album"_s) << false;
-        QTest::newRow("screenshot name")
-            << OptionalString(u"Screenshot 2024-05-01 at 10.00.00"_s) << true;
+        QTest::newRow("screenshot name") << OptionalString(u"Screenshot 2024-05-01 at 10.00.00"_s) << true;
         QTest::newRow("screen shot") << OptionalString(u"Screen Shot 2020-01-01"_s) << true;
         QTest::newRow("prefix then words") << OptionalString(u"img 12 beach day"_s) << true;
         QTest::newRow("trimmed first") << OptionalString(u"\t image 5 \n"_s) << true;
@@ -78,8 +77,8 @@ private Q_SLOTS:
         QTest::newRow("no text, tags") << QStringList{u"new york"_s, u"IPHONE case"_s, u"x"_s} << OptionalString()
                                        << OptionalString(u"New York, Iphone Case"_s);
         QTest::newRow("one tag") << QStringList{u"sea_shore"_s} << OptionalString() << OptionalString(u"Sea_shore"_s);
-        QTest::newRow("empty text counts as none") << QStringList{u"red"_s} << OptionalString(u""_s)
-                                                   << OptionalString(u"Red"_s);
+        QTest::newRow("empty text counts as none")
+            << QStringList{u"red"_s} << OptionalString(u""_s) << OptionalString(u"Red"_s);
         QTest::newRow("nothing") << QStringList{} << OptionalString() << OptionalString();
         QTest::newRow("one word, no tags") << QStringList{} << OptionalString(u"Hello"_s) << OptionalString();
     }

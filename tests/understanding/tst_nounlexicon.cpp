@@ -33,21 +33,21 @@ private Q_SLOTS:
         m_sandbox = std::make_unique<kivo::test::Sandbox>();
         const QString folder = m_sandbox->path() + u"/wordnet"_s;
         kivo::test::writeFile(folder + u"/index.noun"_s,
-                              indexFile("cat n 8 3 @ ~ #m 8 5 02121808 02121620\n"
-                                        "mouse n 4 2 @ ~ 4 1 02330245\n"
-                                        "box n 10 1 @ 10 3 02883344\n"
-                                        "woman n 4 1 @ 4 3 10787470\n"
-                                        "make n 2 1 @ 2 0 05845140\n"
-                                        "design n 7 1 @ 7 2 03179318\n"
-                                        "sea_shore n 1 1 @ 1 0 09433442\n"
-                                        "are n 1 1 @ 1 0 13600404\n"
-                                        "free n 1 1 @ 1 0 09981540\n"
-                                        "fly n 2 1 @ 2 0 02190166\n"));
+            indexFile("cat n 8 3 @ ~ #m 8 5 02121808 02121620\n"
+                      "mouse n 4 2 @ ~ 4 1 02330245\n"
+                      "box n 10 1 @ 10 3 02883344\n"
+                      "woman n 4 1 @ 4 3 10787470\n"
+                      "make n 2 1 @ 2 0 05845140\n"
+                      "design n 7 1 @ 7 2 03179318\n"
+                      "sea_shore n 1 1 @ 1 0 09433442\n"
+                      "are n 1 1 @ 1 0 13600404\n"
+                      "free n 1 1 @ 1 0 09981540\n"
+                      "fly n 2 1 @ 2 0 02190166\n"));
         kivo::test::writeFile(folder + u"/index.verb"_s,
-                              indexFile("cat v 2 1 @ 2 0 00076400\n"
-                                        "make v 49 1 @ 49 30 01617192\n"
-                                        "design v 7 1 @ 7 3 01633843\n"
-                                        "fly v 14 1 @ 14 4 01940403\n"));
+            indexFile("cat v 2 1 @ 2 0 00076400\n"
+                      "make v 49 1 @ 49 30 01617192\n"
+                      "design v 7 1 @ 7 3 01633843\n"
+                      "fly v 14 1 @ 14 4 01940403\n"));
         kivo::test::writeFile(folder + u"/index.adj"_s, indexFile("free a 11 1 & 11 5 01058914\n"));
         kivo::test::writeFile(folder + u"/noun.exc"_s, "mice mouse\nwomen woman\n");
         kivo::test::writeFile(folder + u"/verb.exc"_s, "flew fly\n");
@@ -98,7 +98,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("word");
         QTest::addColumn<bool>("noun");
         for (const char *noun : {"bread", "children", "geese", "paris", "trails", "mountains", "kitchen", "recipe",
-                                 "designs", "photography", "boxes"})
+                 "designs", "photography", "boxes"})
             QTest::newRow(noun) << QString::fromLatin1(noun) << true;
         for (const char *other : {"make", "get", "the", "are", "quickly", "beautiful", "how", "will", "with"})
             QTest::newRow(other) << QString::fromLatin1(other) << false;

@@ -103,7 +103,8 @@ private Q_SLOTS:
             QTest::addRow("%dpx dark on light", size) << sans << size << paper << black << floor;
             QTest::addRow("%dpx light on dark", size) << sans << size << night << moon << floor;
         }
-        QTest::addRow("20px grey on tinted") << sans << 20 << QColor(0xF3, 0xEF, 0xE0) << QColor(0x55, 0x55, 0x66) << 0.98;
+        QTest::addRow("20px grey on tinted")
+            << sans << 20 << QColor(0xF3, 0xEF, 0xE0) << QColor(0x55, 0x55, 0x66) << 0.98;
         QTest::addRow("16px serif") << u"Noto Serif"_s << 16 << paper << black << 0.98;
         QTest::addRow("16px serif on dark") << u"Noto Serif"_s << 16 << night << moon << 0.98;
     }
@@ -114,12 +115,12 @@ private Q_SLOTS:
         QFETCH(QColor, background);
         QFETCH(QColor, ink);
         QFETCH(double, minimumAccuracy);
-        const std::optional<QString> text = TextRecognizer::recognizeText(screenshot(sampleLines, pixelSize, {background, ink}, family));
+        const std::optional<QString> text
+            = TextRecognizer::recognizeText(screenshot(sampleLines, pixelSize, {background, ink}, family));
         QVERIFY(text);
         const double accuracy = characterAccuracy(sampleLines.join(u'\n'), *text);
         qInfo("character accuracy %.3f", accuracy);
-        QVERIFY2(accuracy >= minimumAccuracy,
-                 qPrintable(u"accuracy %1 for:\n%2"_s.arg(accuracy).arg(*text)));
+        QVERIFY2(accuracy >= minimumAccuracy, qPrintable(u"accuracy %1 for:\n%2"_s.arg(accuracy).arg(*text)));
         // Lines come back as lines, in reading order.
         const QStringList lines = text->split(u'\n');
         QCOMPARE(lines.size(), sampleLines.size());
@@ -131,11 +132,11 @@ private Q_SLOTS:
     {
         // Two columns of a page: all of the left one is read before the right one.
         const QStringList left{u"Left column begins here"_s, u"and carries on below"_s, u"with more of the story"_s,
-                               u"line after line of it"_s,   u"until it comes to rest"_s, u"at the end of the page"_s,
-                               u"where the reader turns"_s, u"to the other column"_s};
-        const QStringList right{u"Right column starts"_s,  u"after the left one"_s,  u"has been read fully"_s,
-                                u"and it goes on too"_s,    u"for a few more lines"_s, u"so that the layout"_s,
-                                u"looks like a real page"_s, u"with two columns"_s};
+            u"line after line of it"_s, u"until it comes to rest"_s, u"at the end of the page"_s,
+            u"where the reader turns"_s, u"to the other column"_s};
+        const QStringList right{u"Right column starts"_s, u"after the left one"_s, u"has been read fully"_s,
+            u"and it goes on too"_s, u"for a few more lines"_s, u"so that the layout"_s, u"looks like a real page"_s,
+            u"with two columns"_s};
         QImage image(1024, 560, QImage::Format_RGB32);
         image.fill(Qt::white);
         QFont font(u"DejaVu Sans"_s);
