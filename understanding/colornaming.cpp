@@ -47,7 +47,7 @@ std::optional<QString> colourName(const QString &hex)
     const std::optional<unsigned> rgb = parseSixHexDigits(trimmed(hex));
     if (!rgb)
         return std::nullopt;
-    const HsbColour colour = HsbColour::fromRgb((*rgb >> 16) & 0xFF, (*rgb >> 8) & 0xFF, *rgb & 0xFF);
+    const HsbColour colour = HsbColour::fromPackedRgb(*rgb);
     if (colour.brightness < 0.16)
         return u"black"_s;
     if (colour.saturation < 0.12) {

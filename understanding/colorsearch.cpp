@@ -21,7 +21,7 @@ std::optional<HsbColour> parsePaletteColour(const QString &entry)
     const std::optional<unsigned> rgb = parseSixHexDigits(digits);
     if (!rgb)
         return std::nullopt;
-    return HsbColour::fromRgb((*rgb >> 16) & 0xFF, (*rgb >> 8) & 0xFF, *rgb & 0xFF);
+    return HsbColour::fromPackedRgb(*rgb);
 }
 
 const Swatch *swatchNamed(const QString &word)
@@ -134,7 +134,7 @@ std::optional<int> matchIndex(const QStringList &palette, const QString &word)
     const Swatch *swatch = swatchNamed(word);
     if (!swatch || palette.isEmpty())
         return std::nullopt;
-    const int last = std::min<int>(leadingColours, palette.size()) - 1;
+    const qsizetype last = std::min<qsizetype>(leadingColours, palette.size()) - 1;
     for (int i = 0; i <= last; ++i) {
         const std::optional<HsbColour> colour = parsePaletteColour(palette.at(i));
         if (colour && swatch->contains(colour->hue, colour->saturation, colour->brightness))

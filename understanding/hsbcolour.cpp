@@ -33,6 +33,11 @@ HsbColour HsbColour::fromRgb(int red, int green, int blue)
     return colour;
 }
 
+HsbColour HsbColour::fromPackedRgb(unsigned rgb)
+{
+    return fromRgb(int((rgb >> 16) & 0xFFU), int((rgb >> 8) & 0xFFU), int(rgb & 0xFFU));
+}
+
 std::optional<unsigned> parseSixHexDigits(QStringView digits)
 {
     // Checked by hand: the library parsers would also take a sign or an "0x" prefix.

@@ -17,6 +17,8 @@ struct HsbColour {
 
     /** From 8-bit sRGB channels; a grey has hue 0 and saturation 0. */
     [[nodiscard]] static HsbColour fromRgb(int red, int green, int blue);
+    /** From a packed 0xRRGGBB value. */
+    [[nodiscard]] static HsbColour fromPackedRgb(unsigned rgb);
 };
 
 /** The packed 0xRRGGBB value of exactly six hexadecimal digits, or nothing for any other text. */

@@ -7,6 +7,7 @@
 #include <tesseract/resultiterator.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <memory>
 
@@ -76,7 +77,7 @@ std::optional<QString> TextRecognizer::recognizeText(const QImage &image)
 
     const QImage page = opaqueRgb(image);
     api->SetImage(page.constBits(), page.width(), page.height(), 3, int(page.bytesPerLine()));
-    const int dotsPerInch = int(page.dotsPerMeterX() * 0.0254 + 0.5);
+    const int dotsPerInch = int(std::lround(page.dotsPerMeterX() * 0.0254));
     api->SetSourceResolution(std::max(70, dotsPerInch));
 
     QStringList lines;
