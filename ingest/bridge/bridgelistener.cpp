@@ -68,7 +68,7 @@ bool BridgeListener::open(quint16 port)
 
 void BridgeListener::incomingConnection(qintptr descriptor)
 {
-    if (int(m_connections.size()) >= m_connectionBound && !evictIdlest()) {
+    if (int(m_connections.size()) >= m_connectionBound && !makeRoom()) {
         // Every connection is waiting for its answer: the newcomer has to try again later.
         ::close(int(descriptor));
         return;
@@ -92,7 +92,7 @@ void BridgeListener::incomingConnection(qintptr descriptor)
     connection->id = id;
     connection->socket = socket;
     connection->openedAt = m_clock.elapsed();
-    connection->idlePosition = m_idleOrder.insert(m_idleOrder.end(), connection.get());
+    connection->position = m_idleOrder.insert(m_idleOrder.end(), connection.get());
     m_connections.emplace(id, std::move(connection));
     ++m_state->accepted;
     m_state->openConnections = int(m_connections.size());
@@ -121,7 +121,7 @@ void BridgeListener::read(quint64 id)
         return;
     }
     connection->buffer += connection->socket->read(readChunk);
-    m_idleOrder.splice(m_idleOrder.end(), m_idleOrder, connection->idlePosition);
+    m_idleOrder.splice(m_idleOrder.end(), m_idleOrder, connection->position);
     if (connection->awaitedSize > 0 && connection->buffer.size() < connection->awaitedSize) {
         if (connection->socket->bytesAvailable() > 0)
             QMetaObject::invokeMethod(this, [this, id] { read(id); }, Qt::QueuedConnection);
@@ -139,7 +139,7 @@ void BridgeListener::read(quint64 id)
             QMetaObject::invokeMethod(this, [this, id] { read(id); }, Qt::QueuedConnection);
         return;
     }
-    m_idleOrder.erase(connection->idlePosition);
+    m_idleOrder.erase(connection->position);
     connection->phase = Phase::waiting;
     connection->buffer = QByteArray();
     connection->socket->skip(connection->socket->bytesAvailable());
@@ -227,6 +227,7 @@ void BridgeListener::send(Connection &connection, const BridgeResponse &response
 {
     connection.phase = Phase::closing;
     connection.closingSince = m_clock.elapsed();
+    connection.position = m_answeredOrder.insert(m_answeredOrder.end(), &connection);
     connection.socket->write(response.serialise());
     connection.socket->flush();
     finishSending(connection.id);
@@ -237,10 +238,11 @@ void BridgeListener::finishSending(quint64 id)
     Connection *connection = find(id);
     if (!connection || connection->phase != Phase::closing || connection->socket->bytesToWrite() > 0)
         return;
-    // Half-close: the peer reads the answer to its end and closes; reading on until then drains
-    // whatever it still sends, so the close is orderly. The sweep cuts peers that never close.
-    if (const qintptr descriptor = connection->socket->socketDescriptor(); descriptor >= 0)
-        ::shutdown(int(descriptor), SHUT_WR);
+    // The whole answer is with the kernel, which delivers it after the close. Anything the peer
+    // sent behind its request is read first, so that closing is an orderly end and not a reset
+    // that could swallow the answer.
+    connection->socket->skip(connection->socket->bytesAvailable());
+    remove(id);
 }
 
 void BridgeListener::remove(quint64 id)
@@ -251,7 +253,9 @@ void BridgeListener::remove(quint64 id)
     std::unique_ptr<Connection> connection = std::move(found->second);
     m_connections.erase(found);
     if (connection->phase == Phase::reading)
-        m_idleOrder.erase(connection->idlePosition);
+        m_idleOrder.erase(connection->position);
+    else if (connection->phase == Phase::closing)
+        m_answeredOrder.erase(connection->position);
     connection->socket->disconnect(this);
     connection->socket->abort();
     connection->socket->deleteLater();
@@ -260,8 +264,12 @@ void BridgeListener::remove(quint64 id)
         m_sweepTimer->stop();
 }
 
-bool BridgeListener::evictIdlest()
+bool BridgeListener::makeRoom()
 {
+    if (!m_answeredOrder.empty()) {
+        remove(m_answeredOrder.front()->id);
+        return true;
+    }
     if (m_idleOrder.empty())
         return false;
     ++m_state->evictedIdle;
@@ -277,7 +285,7 @@ void BridgeListener::sweep()
         if (connection->phase == Phase::reading && now - connection->openedAt >= m_limits.requestTimeout.count()) {
             ++m_state->timedOut;
             expired.append(id);
-        } else if (connection->phase == Phase::closing && now - connection->closingSince >= m_limits.lingerTime.count()) {
+        } else if (connection->phase == Phase::closing && now - connection->closingSince >= m_limits.sendTimeout.count()) {
             expired.append(id);
         }
     }
@@ -288,7 +296,7 @@ void BridgeListener::sweep()
 void BridgeListener::recoverFromAcceptError()
 {
     // Out of descriptors: make room at the expense of the idlest peer, or wait for one to finish.
-    if (evictIdlest())
+    if (makeRoom())
         resumeAccepting();
     else
         QTimer::singleShot(100, this, [this] { resumeAccepting(); });

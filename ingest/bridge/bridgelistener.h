@@ -26,7 +26,7 @@ struct BridgeRelay {
  * The bridge's loopback listener and its connections, living on the bridge thread: reads each
  * request, answers it, and hands what the application must do to the handler's thread. One
  * request a connection; the answer is one write, then the connection is closed. Connections are
- * bounded (the one idle the longest gives way to a new one) and a request must arrive in time.
+ * bounded (an answered one, else the one idle the longest, gives way to a new one) and a request must arrive in time.
  */
 class BridgeListener : public QTcpServer
 {
@@ -56,7 +56,7 @@ private:
         qsizetype awaitedSize = 0;
         qint64 openedAt = 0;
         qint64 closingSince = 0;
-        std::list<Connection *>::iterator idlePosition; // valid while reading
+        std::list<Connection *>::iterator position; // in m_idleOrder while reading, m_answeredOrder while closing
     };
 
     void read(quint64 id);
@@ -65,7 +65,7 @@ private:
     void send(Connection &connection, const BridgeResponse &response);
     void finishSending(quint64 id);
     void remove(quint64 id);
-    bool evictIdlest();
+    bool makeRoom();
     void sweep();
     void recoverFromAcceptError();
     [[nodiscard]] Connection *find(quint64 id);
@@ -79,7 +79,9 @@ private:
     QTimer *m_sweepTimer = nullptr;
     quint64 m_nextId = 1;
     std::unordered_map<quint64, std::unique_ptr<Connection>> m_connections;
-    // Connections still reading, least recently active first: the first to give way at the bound.
+    // Connections that may give way at the bound, in the order they do: answered ones waiting for
+    // their peer to close, oldest first; then those still reading, least recently active first.
+    std::list<Connection *> m_answeredOrder;
     std::list<Connection *> m_idleOrder;
 };
 

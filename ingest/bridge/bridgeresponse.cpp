@@ -30,14 +30,17 @@ QString BridgeResponse::reasonPhrase(int status)
 
 QByteArray BridgeResponse::serialise() const
 {
-    const QString head = u"HTTP/1.1 "_s + QString::number(status) + u' ' + reasonPhrase(status) + u"\r\n"_s
-        + u"Content-Type: "_s + contentType + u"\r\n"_s
-        + u"Access-Control-Allow-Origin: *\r\n"_s
-        + u"Access-Control-Allow-Headers: Content-Type\r\n"_s
-        + u"Access-Control-Allow-Methods: POST, GET, OPTIONS\r\n"_s
-        + u"Content-Length: "_s + QString::number(body.size()) + u"\r\n"_s
-        + u"Connection: close\r\n\r\n"_s;
-    return head.toUtf8() + body;
+    QByteArray bytes;
+    bytes.reserve(256 + body.size());
+    bytes += "HTTP/1.1 " + QByteArray::number(status) + ' ' + reasonPhrase(status).toUtf8() + "\r\n";
+    bytes += "Content-Type: " + contentType.toUtf8() + "\r\n";
+    bytes += "Access-Control-Allow-Origin: *\r\n"
+             "Access-Control-Allow-Headers: Content-Type\r\n"
+             "Access-Control-Allow-Methods: POST, GET, OPTIONS\r\n";
+    bytes += "Content-Length: " + QByteArray::number(body.size()) + "\r\n";
+    bytes += "Connection: close\r\n\r\n";
+    bytes += body;
+    return bytes;
 }
 
 } // namespace kivo

@@ -13,8 +13,8 @@ struct BridgeLimits {
     int maxConnections = 2048;
     /** A request not fully received this long after its connection opened is dropped unanswered. */
     std::chrono::milliseconds requestTimeout{10000};
-    /** After an answer, how long the peer has to close before the connection is cut. */
-    std::chrono::milliseconds lingerTime{2000};
+    /** An answer the peer does not take in this long (it stopped reading) is abandoned with its connection. */
+    std::chrono::milliseconds sendTimeout{5000};
 };
 
 /** The little the bridge thread and the application share: the clip session flag and a few counts. */
