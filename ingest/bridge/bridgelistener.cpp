@@ -74,7 +74,10 @@ void BridgeListener::incomingConnection(qintptr descriptor)
         return;
     }
     auto *socket = new QTcpSocket(this);
-    if (!socket->setSocketDescriptor(descriptor)) {
+    // Unbuffered: reads and writes go straight to the kernel, so a request that is already there
+    // is answered in the same turn of the event loop that accepted it.
+    if (!socket->setSocketDescriptor(descriptor, QAbstractSocket::ConnectedState,
+                                     QIODevice::ReadWrite | QIODevice::Unbuffered)) {
         delete socket;
         ::close(int(descriptor));
         return;
@@ -85,7 +88,6 @@ void BridgeListener::incomingConnection(qintptr descriptor)
         delete socket;
         return;
     }
-    socket->setReadBufferSize(readChunk);
 
     auto connection = std::make_unique<Connection>();
     const quint64 id = m_nextId++;
@@ -106,44 +108,45 @@ void BridgeListener::incomingConnection(qintptr descriptor)
         if (Connection *connection = find(id); connection && connection->socket->state() == QAbstractSocket::UnconnectedState)
             remove(id);
     });
-    // Bytes may already be waiting in the kernel; they announce themselves through readyRead.
+    read(id);
 }
 
 void BridgeListener::read(quint64 id)
 {
     Connection *connection = find(id);
-    if (!connection)
+    // One request a connection: nothing is read after it.
+    // ### A peer that half-closes right behind its request is taken as gone by QTcpSocket, so an
+    // answer that waits for the application does not reach it. Browsers never half-close.
+    if (!connection || connection->phase != Phase::reading)
         return;
-    if (connection->phase != Phase::reading) {
-        // One request a connection: anything sent after it is read and dropped, so that closing
-        // the connection does not turn into a reset that could swallow the answer.
-        connection->socket->skip(connection->socket->bytesAvailable());
+    QTcpSocket *socket = connection->socket;
+    for (;;) {
+        const QByteArray chunk = socket->read(readChunk);
+        if (chunk.isEmpty())
+            break;
+        connection->buffer += chunk;
+        m_idleOrder.splice(m_idleOrder.end(), m_idleOrder, connection->position);
+        if (connection->awaitedSize > 0 && connection->buffer.size() < connection->awaitedSize)
+            continue;
+        ParseResult result = HttpParser::parse(connection->buffer);
+        if (result.isInvalid()) {
+            ++m_state->invalidRequests;
+            remove(id);
+            return;
+        }
+        if (!result.isComplete()) {
+            connection->awaitedSize = result.awaitedSize;
+            continue;
+        }
+        m_idleOrder.erase(connection->position);
+        connection->phase = Phase::waiting;
+        connection->buffer = QByteArray();
+        dispatch(*connection, result.request);
         return;
     }
-    connection->buffer += connection->socket->read(readChunk);
-    m_idleOrder.splice(m_idleOrder.end(), m_idleOrder, connection->position);
-    if (connection->awaitedSize > 0 && connection->buffer.size() < connection->awaitedSize) {
-        if (connection->socket->bytesAvailable() > 0)
-            QMetaObject::invokeMethod(this, [this, id] { read(id); }, Qt::QueuedConnection);
-        return;
-    }
-    ParseResult result = HttpParser::parse(connection->buffer);
-    if (result.isInvalid()) {
-        ++m_state->invalidRequests;
+    // The peer finished, or the connection failed, before its request was whole.
+    if (socket->state() != QAbstractSocket::ConnectedState)
         remove(id);
-        return;
-    }
-    if (!result.isComplete()) {
-        connection->awaitedSize = result.awaitedSize;
-        if (connection->socket->bytesAvailable() > 0)
-            QMetaObject::invokeMethod(this, [this, id] { read(id); }, Qt::QueuedConnection);
-        return;
-    }
-    m_idleOrder.erase(connection->position);
-    connection->phase = Phase::waiting;
-    connection->buffer = QByteArray();
-    connection->socket->skip(connection->socket->bytesAvailable());
-    dispatch(*connection, result.request);
 }
 
 void BridgeListener::dispatch(Connection &connection, const HTTPRequest &request)
@@ -229,7 +232,6 @@ void BridgeListener::send(Connection &connection, const BridgeResponse &response
     connection.closingSince = m_clock.elapsed();
     connection.position = m_answeredOrder.insert(m_answeredOrder.end(), &connection);
     connection.socket->write(response.serialise());
-    connection.socket->flush();
     finishSending(connection.id);
 }
 
@@ -239,8 +241,8 @@ void BridgeListener::finishSending(quint64 id)
     if (!connection || connection->phase != Phase::closing || connection->socket->bytesToWrite() > 0)
         return;
     // The whole answer is with the kernel, which delivers it after the close. Anything the peer
-    // sent behind its request is read first, so that closing is an orderly end and not a reset
-    // that could swallow the answer.
+    // sent behind its request is read (from the kernel too: the socket is unbuffered) and dropped
+    // first, so that closing is an orderly end and not a reset that could swallow the answer.
     connection->socket->skip(connection->socket->bytesAvailable());
     remove(id);
 }

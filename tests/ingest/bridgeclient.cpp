@@ -74,6 +74,11 @@ bool RawConnection::send(const QByteArray &bytes)
     return true;
 }
 
+void RawConnection::finishSending()
+{
+    ::shutdown(m_fd, SHUT_WR);
+}
+
 Exchange RawConnection::receiveUntilClosed(std::chrono::milliseconds limit)
 {
     Exchange result;

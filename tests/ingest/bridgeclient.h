@@ -38,6 +38,8 @@ public:
 
     [[nodiscard]] bool isConnected() const { return m_fd >= 0 && m_connected; }
     bool send(const QByteArray &bytes);
+    /** Half-closes: tells the server nothing more is coming, and keeps reading. */
+    void finishSending();
     /** Reads until the server ends the connection or `limit` passes. */
     Exchange receiveUntilClosed(std::chrono::milliseconds limit = std::chrono::seconds(10));
     /** Whether the server has ended the connection within `wait` (nothing else arrives meanwhile). */

@@ -349,6 +349,21 @@ private Q_SLOTS:
         QCOMPARE(answer.received, aliveAnswer);
     }
 
+    void peersThatStopSending()
+    {
+        Exchange answer;
+        // Gone half-way through a request: the connection is let go at once, without waiting for the deadline.
+        kivo::test::inBackground([&] {
+            RawConnection connection(port());
+            connection.send("POST /clip HTTP/1.1\r\nContent-Length: 50\r\n\r\n{\"items\"");
+            connection.finishSending();
+            answer = connection.receiveUntilClosed(5s);
+        });
+        QVERIFY(answer.closedByServer);
+        QCOMPARE(answer.received, QByteArray());
+        QTRY_COMPARE(m_server->state().openConnections.load(), 0);
+    }
+
     void peersOnOtherAddressesAreCut()
     {
         const quint64 refusedBefore = m_server->state().refusedPeers;
