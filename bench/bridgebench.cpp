@@ -123,7 +123,8 @@ int main(int argc, char **argv)
     QTextStream out(stdout);
 
     BusyHandler handler;
-    handler.importCost = milliseconds(parser.value(u"import-ms"_s).toInt());
+    const milliseconds importCost(parser.value(u"import-ms"_s).toInt());
+    handler.importCost = importCost;
     kivo::BridgeServer server(&handler);
     server.setPort(0);
     if (!server.start())
@@ -202,7 +203,7 @@ int main(int argc, char **argv)
     for (const auto &list : timings)
         all.insert(all.end(), list.begin(), list.end());
     out << Qt::endl
-        << "clip acknowledgements while importing (" << clients << " clients, " << handler.importCost.count()
+        << "clip acknowledgements while importing (" << clients << (clients == 1 ? " client, " : " clients, ") << importCost.count()
         << " ms per clip on the main thread plus 40 ms of every 50 ms busy):" << Qt::endl
         << "  answered " << all.size() << ", failed " << failures << ", in " << elapsed << " ms" << Qt::endl
         << "  p50 " << percentile(all, 0.50) << " ms, p99 " << percentile(all, 0.99) << " ms, max "
