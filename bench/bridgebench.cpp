@@ -53,15 +53,15 @@ public:
     kivo::ClipperConfig clipperConfig() override { return {}; }
     kivo::ShortcutSheet shortcuts() override { return {}; }
     QList<kivo::CollectionSummary> collections() override { return {}; }
-    void clipStatePolled() override {}
+    void clipStatePolled() override { }
     void clipReceived(const kivo::ClipRequest &) override
     {
         ++clips;
         busyFor(importCost);
     }
-    void clipSessionEnded() override {}
-    void xBookmarksReceived(const QList<kivo::XBookmark> &) override {}
-    void captureReceived(const kivo::CaptureRequest &) override {}
+    void clipSessionEnded() override { }
+    void xBookmarksReceived(const QList<kivo::XBookmark> &) override { }
+    void captureReceived(const kivo::CaptureRequest &) override { }
 };
 
 /** One request on a fresh connection; the time from connecting to the server's close, or -1. */
@@ -94,7 +94,8 @@ double cpuSeconds()
 {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
-    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) + double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec)
+        + double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
 }
 
 double percentile(std::vector<double> values, double fraction)
@@ -135,11 +136,12 @@ int main(int argc, char **argv)
     // Part 1: GET / under wrk with many connections open at once.
     int peakOpen = 0;
     QTimer sampler;
-    QObject::connect(&sampler, &QTimer::timeout, [&] { peakOpen = std::max(peakOpen, server.state().openConnections.load()); });
+    QObject::connect(
+        &sampler, &QTimer::timeout, [&] { peakOpen = std::max(peakOpen, server.state().openConnections.load()); });
     sampler.start(5);
     QProcess wrk;
-    const QStringList wrkArguments{u"-t2"_s, u"-c"_s + parser.value(u"connections"_s), u"-d"_s + parser.value(u"seconds"_s) + u's',
-                                   u"--latency"_s, u"http://127.0.0.1:%1/"_s.arg(port)};
+    const QStringList wrkArguments{u"-t2"_s, u"-c"_s + parser.value(u"connections"_s),
+        u"-d"_s + parser.value(u"seconds"_s) + u's', u"--latency"_s, u"http://127.0.0.1:%1/"_s.arg(port)};
     out << "wrk " << wrkArguments.join(u' ') << Qt::endl;
     const double cpuBefore = cpuSeconds();
     wrk.start(u"wrk"_s, wrkArguments);
@@ -168,7 +170,8 @@ int main(int argc, char **argv)
     QObject::connect(&imports, &QTimer::timeout, [] { busyFor(40ms); });
     imports.start(50);
     const QByteArray clipBody = "{\"items\":[{\"type\":\"image\",\"url\":\"https://images.example/a-picture.png\"}]}";
-    const QByteArray clip = "POST /clip HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Type: application/json\r\nContent-Length: "
+    const QByteArray clip
+        = "POST /clip HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Type: application/json\r\nContent-Length: "
         + QByteArray::number(clipBody.size()) + "\r\n\r\n" + clipBody;
     const int clipCount = parser.value(u"clips"_s).toInt();
     const int clients = std::max(1, parser.value(u"clients"_s).toInt());
@@ -203,8 +206,8 @@ int main(int argc, char **argv)
     for (const auto &list : timings)
         all.insert(all.end(), list.begin(), list.end());
     out << Qt::endl
-        << "clip acknowledgements while importing (" << clients << (clients == 1 ? " client, " : " clients, ") << importCost.count()
-        << " ms per clip on the main thread plus 40 ms of every 50 ms busy):" << Qt::endl
+        << "clip acknowledgements while importing (" << clients << (clients == 1 ? " client, " : " clients, ")
+        << importCost.count() << " ms per clip on the main thread plus 40 ms of every 50 ms busy):" << Qt::endl
         << "  answered " << all.size() << ", failed " << failures << ", in " << elapsed << " ms" << Qt::endl
         << "  p50 " << percentile(all, 0.50) << " ms, p99 " << percentile(all, 0.99) << " ms, max "
         << percentile(all, 1.0) << " ms" << Qt::endl;

@@ -33,7 +33,7 @@ int boundFor(const BridgeLimits &limits)
 } // namespace
 
 BridgeListener::BridgeListener(BridgeHandler *handler, std::shared_ptr<BridgeRelay> relay,
-                               std::shared_ptr<BridgeState> state, const BridgeLimits &limits)
+    std::shared_ptr<BridgeState> state, const BridgeLimits &limits)
     : m_handler(handler)
     , m_relay(std::move(relay))
     , m_state(std::move(state))
@@ -76,8 +76,8 @@ void BridgeListener::incomingConnection(qintptr descriptor)
     auto *socket = new QTcpSocket(this);
     // Unbuffered: reads and writes go straight to the kernel, so a request that is already there
     // is answered in the same turn of the event loop that accepted it.
-    if (!socket->setSocketDescriptor(descriptor, QAbstractSocket::ConnectedState,
-                                     QIODevice::ReadWrite | QIODevice::Unbuffered)) {
+    if (!socket->setSocketDescriptor(
+            descriptor, QAbstractSocket::ConnectedState, QIODevice::ReadWrite | QIODevice::Unbuffered)) {
         delete socket;
         ::close(int(descriptor));
         return;
@@ -105,7 +105,8 @@ void BridgeListener::incomingConnection(qintptr descriptor)
     connect(socket, &QTcpSocket::bytesWritten, this, [this, id] { finishSending(id); });
     connect(socket, &QTcpSocket::disconnected, this, [this, id] { remove(id); });
     connect(socket, &QTcpSocket::errorOccurred, this, [this, id] {
-        if (Connection *connection = find(id); connection && connection->socket->state() == QAbstractSocket::UnconnectedState)
+        if (Connection *connection = find(id);
+            connection && connection->socket->state() == QAbstractSocket::UnconnectedState)
             remove(id);
     });
     read(id);
@@ -164,17 +165,19 @@ void BridgeListener::dispatch(Connection &connection, const HTTPRequest &request
         askHandler(connection, decision.route);
         break;
     case BridgeRoute::clipState:
-        QMetaObject::invokeMethod(handler, [handler] { handler->clipStatePolled(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            handler, [handler] { handler->clipStatePolled(); }, Qt::QueuedConnection);
         break;
     case BridgeRoute::clipMode:
         if (decision.endClipSession)
-            QMetaObject::invokeMethod(handler, [handler] { handler->clipSessionEnded(); }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                handler, [handler] { handler->clipSessionEnded(); }, Qt::QueuedConnection);
         break;
     case BridgeRoute::clip:
         if (decision.clip) {
             systemLog(u"clip received ("_s + QString::number(decision.clip->items.size()) + u" item(s))"_s);
-            QMetaObject::invokeMethod(handler, [handler, clip = *decision.clip] { handler->clipReceived(clip); },
-                                      Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                handler, [handler, clip = *decision.clip] { handler->clipReceived(clip); }, Qt::QueuedConnection);
         }
         break;
     case BridgeRoute::xBookmarks:
@@ -287,7 +290,8 @@ void BridgeListener::sweep()
         if (connection->phase == Phase::reading && now - connection->openedAt >= m_limits.requestTimeout.count()) {
             ++m_state->timedOut;
             expired.append(id);
-        } else if (connection->phase == Phase::closing && now - connection->closingSince >= m_limits.sendTimeout.count()) {
+        } else if (connection->phase == Phase::closing
+            && now - connection->closingSince >= m_limits.sendTimeout.count()) {
             expired.append(id);
         }
     }

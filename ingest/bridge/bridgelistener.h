@@ -34,7 +34,7 @@ class BridgeListener : public QTcpServer
 
 public:
     BridgeListener(BridgeHandler *handler, std::shared_ptr<BridgeRelay> relay, std::shared_ptr<BridgeState> state,
-                   const BridgeLimits &limits);
+        const BridgeLimits &limits);
     ~BridgeListener() override;
 
     /** Listens on 127.0.0.1 at the port (0 for any free one). */

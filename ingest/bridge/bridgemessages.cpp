@@ -137,7 +137,8 @@ QByteArray collectionsJson(const QList<CollectionSummary> &collections)
 {
     QJsonArray list;
     for (const CollectionSummary &collection : collections)
-        list.append(QJsonObject{{u"id"_s, collection.id}, {u"name"_s, collection.name}, {u"count"_s, collection.count}});
+        list.append(
+            QJsonObject{{u"id"_s, collection.id}, {u"name"_s, collection.name}, {u"count"_s, collection.count}});
     return compact({{u"collections"_s, list}});
 }
 

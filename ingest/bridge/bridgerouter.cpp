@@ -88,8 +88,8 @@ BridgeDecision decide(const HTTPRequest &request, bool clipSessionActive)
         break;
     case BridgeRoute::xBookmarks:
         decision.bookmarks = XPosts::parseBookmarks(request.body);
-        decision.answer = BridgeResponse::text(
-            200, u"{\"received\":"_s + QString::number(decision.bookmarks.size()) + u'}');
+        decision.answer
+            = BridgeResponse::text(200, u"{\"received\":"_s + QString::number(decision.bookmarks.size()) + u'}');
         break;
     case BridgeRoute::capture:
         decision.capture = CaptureRequest::fromBody(request.body);

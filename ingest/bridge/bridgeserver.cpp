@@ -65,7 +65,8 @@ bool BridgeServer::start()
         Qt::BlockingQueuedConnection);
     if (!listening) {
         systemLog(u"[Bridge] failed to bind port "_s + QString::number(m_port));
-        QMetaObject::invokeMethod(listener, [listener] { delete listener; }, Qt::BlockingQueuedConnection);
+        QMetaObject::invokeMethod(
+            listener, [listener] { delete listener; }, Qt::BlockingQueuedConnection);
         m_thread.quit();
         m_thread.wait();
         return false;
@@ -83,7 +84,8 @@ void BridgeServer::stop()
     // Answers the handler computes from now on find no listener and are dropped.
     m_relay->listener = nullptr;
     BridgeListener *listener = std::exchange(m_listener, nullptr);
-    QMetaObject::invokeMethod(listener, [listener] { delete listener; }, Qt::BlockingQueuedConnection);
+    QMetaObject::invokeMethod(
+        listener, [listener] { delete listener; }, Qt::BlockingQueuedConnection);
     m_thread.quit();
     m_thread.wait();
     m_boundPort = 0;

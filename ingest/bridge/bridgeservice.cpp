@@ -6,9 +6,7 @@
 
 namespace kivo {
 
-BridgeService::BridgeService(AppSettings &settings, Store &store)
-    : m_handler(&settings, &store)
-    , m_server(&m_handler)
+BridgeService::BridgeService(AppSettings &settings, Store &store) : m_handler(&settings, &store), m_server(&m_handler)
 {
     // A taken port is logged by the server; the program then runs without a bridge.
     m_server.start();

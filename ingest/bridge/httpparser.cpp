@@ -33,7 +33,8 @@ QString trimmedOfBlanks(const QString &text)
 std::optional<QString> strictUtf8(QByteArrayView bytes)
 {
     // Stateless and without BOM stripping: the head is decoded exactly as sent, or refused.
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
+    QStringDecoder decoder(
+        QStringDecoder::Utf8, QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
     QString text = decoder.decode(bytes);
     if (decoder.hasError())
         return std::nullopt;

@@ -57,15 +57,15 @@ ShortcutSheet LibraryBridgeHandler::shortcuts()
         return sheet;
     const AppSettings &settings = *m_settings;
     sheet.clipper = HotkeyText::clipperText(settings.clipperKey(), settings.clipperCtrl(), settings.clipperAlt(),
-                                            settings.clipperShift(), settings.clipperMeta());
+        settings.clipperShift(), settings.clipperMeta());
     sheet.clipperOptionHold = settings.clipperOptionHold();
     sheet.screenshot = HotkeyText::text(settings.screenshotHotkeyKeyCode(), settings.screenshotHotkeyModifiers());
     sheet.launcher = HotkeyText::text(settings.launcherHotkeyKeyCode(), settings.launcherHotkeyModifiers());
     sheet.savePage = HotkeyText::text(settings.savePageHotkeyKeyCode(), settings.savePageHotkeyModifiers());
     sheet.shelf = HotkeyText::text(settings.shelfHotkeyKeyCode(), settings.shelfHotkeyModifiers());
     sheet.dropRingRequiresModifier = settings.dropRingRequireModifier();
-    sheet.dropRingModifier =
-        settings.dropRingRequireModifier() ? HotkeyText::dropRingGlyph(settings.dropRingModifier()) : QString();
+    sheet.dropRingModifier
+        = settings.dropRingRequireModifier() ? HotkeyText::dropRingGlyph(settings.dropRingModifier()) : QString();
     sheet.dropRingBrowsersOnly = settings.dropRingBrowsersOnly();
     return sheet;
 }
@@ -81,9 +81,9 @@ QList<CollectionSummary> LibraryBridgeHandler::collections()
                        "FROM collection c\nLEFT JOIN itemCollection ic ON ic.collectionId = c.id\n"
                        "WHERE c.deletedAt IS NULL AND c.isInbox = 0\nGROUP BY c.id\n"
                        "ORDER BY lastAdd DESC NULLS LAST, c.name ASC"_s,
-                       {}, [&](const Row &row) {
-                           collections.append({row.text("id"), row.text("name"), row.integer("n")});
-                       });
+                {}, [&](const Row &row) {
+                    collections.append({row.text("id"), row.text("name"), row.integer("n")});
+                });
             return collections;
         });
     } catch (const std::exception &error) {

@@ -11,7 +11,11 @@ namespace kivo::XPosts {
 const QStringList &postHosts()
 {
     static const QStringList hosts{
-        u"x.com"_s, u"www.x.com"_s, u"twitter.com"_s, u"www.twitter.com"_s, u"mobile.twitter.com"_s,
+        u"x.com"_s,
+        u"www.x.com"_s,
+        u"twitter.com"_s,
+        u"www.twitter.com"_s,
+        u"mobile.twitter.com"_s,
     };
     return hosts;
 }

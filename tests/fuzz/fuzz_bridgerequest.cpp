@@ -29,7 +29,7 @@ void checkAnswer(const BridgeResponse &response)
     require(headEnd > 0, "head end");
     require(bytes.size() - headEnd - 4 == response.body.size(), "body follows the head");
     require(bytes.first(headEnd).contains("Content-Length: " + QByteArray::number(response.body.size())),
-            "length matches the body");
+        "length matches the body");
 }
 
 } // namespace
@@ -41,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 
     if (whole.kind == ParseResult::Kind::needMore) {
         require(whole.awaitedSize == 0 ? size <= size_t(HttpParser::headLimit) : whole.awaitedSize > qsizetype(size),
-                "waiting only while below a limit or short of the body");
+            "waiting only while below a limit or short of the body");
     }
     if (whole.isComplete()) {
         require(whole.request.body.size() <= HttpParser::bodyLimit, "body within the limit");
@@ -52,13 +52,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
                 checkAnswer(*decision.answer);
             else
                 require(decision.route == BridgeRoute::clipperConfig || decision.route == BridgeRoute::shortcuts
-                            || decision.route == BridgeRoute::collections,
-                        "only the data routes answer later");
+                        || decision.route == BridgeRoute::collections,
+                    "only the data routes answer later");
             if (BridgeRouter::hasWebOrigin(whole.request))
-                require(decision.route == BridgeRoute::forbidden && decision.answer->status == 403
-                            && !decision.clip && !decision.capture && decision.bookmarks.isEmpty()
-                            && !decision.endClipSession,
-                        "a web page's request reaches nothing");
+                require(decision.route == BridgeRoute::forbidden && decision.answer->status == 403 && !decision.clip
+                        && !decision.capture && decision.bookmarks.isEmpty() && !decision.endClipSession,
+                    "a web page's request reaches nothing");
         }
     }
 
@@ -70,8 +69,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         if (first.isComplete()) {
             require(whole.isComplete(), "a complete prefix stays complete");
             require(first.request.method == whole.request.method && first.request.path == whole.request.path
-                        && first.request.body == whole.request.body && first.request.headers == whole.request.headers,
-                    "a complete prefix is the same request");
+                    && first.request.body == whole.request.body && first.request.headers == whole.request.headers,
+                "a complete prefix is the same request");
         }
     }
     return 0;

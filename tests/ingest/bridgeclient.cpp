@@ -85,7 +85,8 @@ Exchange RawConnection::receiveUntilClosed(std::chrono::milliseconds limit)
     const auto deadline = std::chrono::steady_clock::now() + limit;
     char chunk[65536];
     for (;;) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        const auto left
+            = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
         if (left.count() <= 0) {
             result.timedOut = true;
             return result;

@@ -46,8 +46,8 @@ private Q_SLOTS:
         QTest::newRow("clipmode before clip") << u"POST"_s << u"/clipmode"_s << none << BridgeRoute::clipMode;
         QTest::newRow("clip") << u"POST"_s << u"/clip"_s << none << BridgeRoute::clip;
         QTest::newRow("clip with a query") << u"POST"_s << u"/clip?from=menu"_s << none << BridgeRoute::clip;
-        QTest::newRow("POST to a GET path that begins with /clip") << u"POST"_s << u"/clipstate"_s << none
-                                                                   << BridgeRoute::clip;
+        QTest::newRow("POST to a GET path that begins with /clip")
+            << u"POST"_s << u"/clipstate"_s << none << BridgeRoute::clip;
         QTest::newRow("xbookmarks") << u"POST"_s << u"/xbookmarks"_s << none << BridgeRoute::xBookmarks;
         QTest::newRow("capture") << u"POST"_s << u"/capture"_s << none << BridgeRoute::capture;
         QTest::newRow("GET to a POST path") << u"GET"_s << u"/clip"_s << none << BridgeRoute::alive;
@@ -59,16 +59,16 @@ private Q_SLOTS:
         QTest::newRow("absolute target") << u"GET"_s << u"http://127.0.0.1:17894/clipstate"_s << none
                                          << BridgeRoute::alive;
         QTest::newRow("OPTIONS anywhere") << u"OPTIONS"_s << u"*"_s << none << BridgeRoute::preflight;
-        QTest::newRow("web origin on OPTIONS") << u"OPTIONS"_s << u"/clip"_s << u"https://example.com"_s
-                                               << BridgeRoute::forbidden;
-        QTest::newRow("web origin on GET /") << u"GET"_s << u"/"_s << u"http://localhost:3000"_s
-                                             << BridgeRoute::forbidden;
-        QTest::newRow("web origin in capitals") << u"POST"_s << u"/clip"_s << u"HTTPS://EVIL.EXAMPLE"_s
-                                                << BridgeRoute::forbidden;
-        QTest::newRow("chrome extension origin") << u"GET"_s << u"/collections"_s << u"chrome-extension://abcdef"_s
-                                                 << BridgeRoute::collections;
-        QTest::newRow("firefox extension origin") << u"OPTIONS"_s << u"/clip"_s << u"moz-extension://1234"_s
-                                                  << BridgeRoute::preflight;
+        QTest::newRow("web origin on OPTIONS")
+            << u"OPTIONS"_s << u"/clip"_s << u"https://example.com"_s << BridgeRoute::forbidden;
+        QTest::newRow("web origin on GET /")
+            << u"GET"_s << u"/"_s << u"http://localhost:3000"_s << BridgeRoute::forbidden;
+        QTest::newRow("web origin in capitals")
+            << u"POST"_s << u"/clip"_s << u"HTTPS://EVIL.EXAMPLE"_s << BridgeRoute::forbidden;
+        QTest::newRow("chrome extension origin")
+            << u"GET"_s << u"/collections"_s << u"chrome-extension://abcdef"_s << BridgeRoute::collections;
+        QTest::newRow("firefox extension origin")
+            << u"OPTIONS"_s << u"/clip"_s << u"moz-extension://1234"_s << BridgeRoute::preflight;
         QTest::newRow("null origin") << u"GET"_s << u"/clipstate"_s << u"null"_s << BridgeRoute::clipState;
         QTest::newRow("empty origin") << u"GET"_s << u"/clipstate"_s << QString(u""_s) << BridgeRoute::clipState;
         QTest::newRow("scheme without slashes") << u"GET"_s << u"/"_s << u"https:example.com"_s << BridgeRoute::alive;
@@ -89,38 +89,40 @@ private Q_SLOTS:
         QTest::addColumn<int>("status");
         QTest::addColumn<QByteArray>("answer");
 
-        QTest::newRow("clip") << u"/clip"_s << QByteArray("{\"items\":[{\"type\":\"image\",\"url\":\"https://a/b.png\"}]}")
-                              << 200 << QByteArray("ok");
-        QTest::newRow("clip, items empty") << u"/clip"_s << QByteArray("{\"items\":[]}") << 400
-                                           << QByteArray("bad request");
+        QTest::newRow("clip") << u"/clip"_s
+                              << QByteArray("{\"items\":[{\"type\":\"image\",\"url\":\"https://a/b.png\"}]}") << 200
+                              << QByteArray("ok");
+        QTest::newRow("clip, items empty")
+            << u"/clip"_s << QByteArray("{\"items\":[]}") << 400 << QByteArray("bad request");
         QTest::newRow("clip, no items") << u"/clip"_s << QByteArray("{\"target\":\"inbox\"}") << 400
                                         << QByteArray("bad request");
         QTest::newRow("clip, not JSON") << u"/clip"_s << QByteArray("items=1") << 400 << QByteArray("bad request");
         QTest::newRow("clip, an array") << u"/clip"_s << QByteArray("[{\"items\":[{}]}]") << 400
                                         << QByteArray("bad request");
-        QTest::newRow("clip, an item not an object") << u"/clip"_s << QByteArray("{\"items\":[\"https://a\"]}") << 400
-                                                     << QByteArray("bad request");
-        QTest::newRow("clip, a field of the wrong type") << u"/clip"_s << QByteArray("{\"items\":[{\"url\":5}]}")
-                                                         << 400 << QByteArray("bad request");
-        QTest::newRow("clip, item without fields") << u"/clip"_s << QByteArray("{\"items\":[{}]}") << 200
-                                                   << QByteArray("ok");
+        QTest::newRow("clip, an item not an object")
+            << u"/clip"_s << QByteArray("{\"items\":[\"https://a\"]}") << 400 << QByteArray("bad request");
+        QTest::newRow("clip, a field of the wrong type")
+            << u"/clip"_s << QByteArray("{\"items\":[{\"url\":5}]}") << 400 << QByteArray("bad request");
+        QTest::newRow("clip, item without fields")
+            << u"/clip"_s << QByteArray("{\"items\":[{}]}") << 200 << QByteArray("ok");
         QTest::newRow("clipmode, garbage") << u"/clipmode"_s << QByteArray("\x01\x02") << 200 << QByteArray("ok");
-        QTest::newRow("clipmode, active true") << u"/clipmode"_s << QByteArray("{\"active\":true}") << 200
-                                               << QByteArray("ok");
-        QTest::newRow("xbookmarks, garbage") << u"/xbookmarks"_s << QByteArray("nope") << 200
-                                             << QByteArray("{\"received\":0}");
+        QTest::newRow("clipmode, active true")
+            << u"/clipmode"_s << QByteArray("{\"active\":true}") << 200 << QByteArray("ok");
+        QTest::newRow("xbookmarks, garbage")
+            << u"/xbookmarks"_s << QByteArray("nope") << 200 << QByteArray("{\"received\":0}");
         QTest::newRow("xbookmarks, valid and invalid")
             << u"/xbookmarks"_s
             << QByteArray("{\"items\":[{\"id\":\"1\",\"url\":\"https://x.com/a/status/12\"},"
                           "{\"id\":\"2\",\"url\":\"https://x.com/a/likes\"},{\"url\":\"https://x.com/a/status/3\"},"
-                          "{\"id\":\"4\",\"url\":\"https://mobile.twitter.com/b/status/4?s=20\",\"media\":[\"http://no\",\"https://yes\"]}]}")
+                          "{\"id\":\"4\",\"url\":\"https://mobile.twitter.com/b/status/4?s=20\",\"media\":[\"http://"
+                          "no\",\"https://yes\"]}]}")
             << 200 << QByteArray("{\"received\":2}");
         QTest::newRow("capture") << u"/capture"_s << QByteArray("{\"type\":\"selection\",\"text\":\"hi\"}") << 200
                                  << QByteArray("ok");
-        QTest::newRow("capture without a type") << u"/capture"_s << QByteArray("{\"url\":\"https://a\"}") << 400
-                                                << QByteArray("bad request");
-        QTest::newRow("capture without a url is still ok") << u"/capture"_s << QByteArray("{\"type\":\"image\"}")
-                                                           << 200 << QByteArray("ok");
+        QTest::newRow("capture without a type")
+            << u"/capture"_s << QByteArray("{\"url\":\"https://a\"}") << 400 << QByteArray("bad request");
+        QTest::newRow("capture without a url is still ok")
+            << u"/capture"_s << QByteArray("{\"type\":\"image\"}") << 200 << QByteArray("ok");
     }
 
     void answersAtOnce()
@@ -136,12 +138,14 @@ private Q_SLOTS:
 
     void clipValues()
     {
-        const kivo::BridgeDecision decision = BridgeRouter::decide(
-            request(u"POST"_s, u"/clip"_s, {},
-                    "{\"target\":\"inbox\",\"collectionId\":\"c-1\",\"items\":[{\"type\":\"page\",\"url\":\"https://a.example/p\","
-                    "\"sourceURL\":\"https://a.example\",\"title\":\"T\",\"preview\":\"data:image/png;base64,AA==\",\"extra\":1},"
-                    "{\"type\":\"selection\",\"text\":\"words\",\"displaySrc\":null}]}"),
-            false);
+        const kivo::BridgeDecision decision
+            = BridgeRouter::decide(request(u"POST"_s, u"/clip"_s, {},
+                                       "{\"target\":\"inbox\",\"collectionId\":\"c-1\",\"items\":[{\"type\":\"page\","
+                                       "\"url\":\"https://a.example/p\","
+                                       "\"sourceURL\":\"https://a.example\",\"title\":\"T\",\"preview\":\"data:image/"
+                                       "png;base64,AA==\",\"extra\":1},"
+                                       "{\"type\":\"selection\",\"text\":\"words\",\"displaySrc\":null}]}"),
+                false);
         QVERIFY(decision.clip);
         QVERIFY(decision.clip->toInbox);
         QCOMPARE(decision.clip->collectionId, std::optional<QString>(u"c-1"_s));

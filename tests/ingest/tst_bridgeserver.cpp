@@ -132,13 +132,13 @@ private Q_SLOTS:
 
         m_handler = std::make_unique<kivo::LibraryBridgeHandler>(m_settings.get(), m_store.get());
         connect(m_handler.get(), &kivo::LibraryBridgeHandler::clipArrived, this,
-                [this](const kivo::ClipRequest &clip) { m_clips.append(clip); });
+            [this](const kivo::ClipRequest &clip) { m_clips.append(clip); });
         connect(m_handler.get(), &kivo::LibraryBridgeHandler::captureArrived, this,
-                [this](const kivo::CaptureRequest &capture) { m_captures.append(capture); });
+            [this](const kivo::CaptureRequest &capture) { m_captures.append(capture); });
         connect(m_handler.get(), &kivo::LibraryBridgeHandler::xBookmarksArrived, this,
-                [this](const QList<kivo::XBookmark> &batch) { m_bookmarkBatches.append(batch); });
-        connect(m_handler.get(), &kivo::LibraryBridgeHandler::clipSessionEndRequested, this,
-                [this] { ++m_sessionEnds; });
+            [this](const QList<kivo::XBookmark> &batch) { m_bookmarkBatches.append(batch); });
+        connect(
+            m_handler.get(), &kivo::LibraryBridgeHandler::clipSessionEndRequested, this, [this] { ++m_sessionEnds; });
 
         m_server = std::make_unique<BridgeServer>(m_handler.get());
         m_server->setPort(0);
@@ -168,9 +168,10 @@ private Q_SLOTS:
         QTest::newRow("GET on a POST route") << get("/clip") << u"alive.http"_s;
         QTest::newRow("POST on a GET route") << post("/collections", "{}") << u"alive.http"_s;
         QTest::newRow("PUT") << post("/clip", clip).replace(0, 4, "PUT") << u"alive.http"_s;
-        QTest::newRow("OPTIONS") << QByteArray("OPTIONS /clip HTTP/1.1\r\n" + extension + "\r\n") << u"preflight.http"_s;
-        QTest::newRow("web page's preflight") << QByteArray("OPTIONS /clip HTTP/1.1\r\n" + web + "\r\n")
-                                              << u"forbidden.http"_s;
+        QTest::newRow("OPTIONS") << QByteArray("OPTIONS /clip HTTP/1.1\r\n" + extension + "\r\n")
+                                 << u"preflight.http"_s;
+        QTest::newRow("web page's preflight")
+            << QByteArray("OPTIONS /clip HTTP/1.1\r\n" + web + "\r\n") << u"forbidden.http"_s;
         QTest::newRow("web page's GET /") << get("/", web) << u"forbidden.http"_s;
         QTest::newRow("web page's clip") << post("/clip", clip, "Origin: HTTP://LOCALHOST:8000\r\n")
                                          << u"forbidden.http"_s;
@@ -187,9 +188,10 @@ private Q_SLOTS:
         QTest::newRow("clip, length not a number")
             << QByteArray("POST /clip HTTP/1.1\r\nContent-Length: abc\r\n\r\n" + clip) << u"bad-request.http"_s;
         QTest::newRow("xbookmarks, garbage") << post("/xbookmarks", "garbage") << u"xbookmarks-none.http"_s;
-        QTest::newRow("capture") << post("/capture", "{\"type\":\"link\",\"url\":\"https://a.example\"}") << u"ok.http"_s;
-        QTest::newRow("capture, no type") << post("/capture", "{\"url\":\"https://a.example\"}")
-                                          << u"bad-request.http"_s;
+        QTest::newRow("capture") << post("/capture", "{\"type\":\"link\",\"url\":\"https://a.example\"}")
+                                 << u"ok.http"_s;
+        QTest::newRow("capture, no type")
+            << post("/capture", "{\"url\":\"https://a.example\"}") << u"bad-request.http"_s;
     }
 
     void answers()
@@ -218,9 +220,10 @@ private Q_SLOTS:
         Exchange answer;
         std::thread client([&] {
             RawConnection connection(port());
-            connection.send(post("/clip", "{\"target\":\"inbox\",\"collectionId\":\"col-mood\",\"items\":["
-                                          "{\"type\":\"page\",\"url\":\"https://a.example/p\",\"title\":\"A page\"},"
-                                          "{\"type\":\"selection\",\"text\":\"words\"}]}"));
+            connection.send(post("/clip",
+                "{\"target\":\"inbox\",\"collectionId\":\"col-mood\",\"items\":["
+                "{\"type\":\"page\",\"url\":\"https://a.example/p\",\"title\":\"A page\"},"
+                "{\"type\":\"selection\",\"text\":\"words\"}]}"));
             answer = connection.receiveUntilClosed(5s);
         });
         client.join();
@@ -245,10 +248,12 @@ private Q_SLOTS:
         kivo::test::exchange(port(), post("/clipmode", "{\"active\":false}"));
         kivo::test::exchange(port(), post("/capture", "{\"type\":\"selection\",\"text\":\"\"}"));
         kivo::test::exchange(port(), post("/capture", "{\"type\":\"image\",\"url\":\"not an address\"}"));
-        kivo::test::exchange(port(), post("/capture", "{\"type\":\"image\",\"url\":\"https://a.example/i.png\",\"title\":\"I\"}"));
-        const Exchange bookmarks = kivo::test::exchange(
-            port(), post("/xbookmarks", "{\"items\":[{\"id\":\"9\",\"url\":\"https://x.com/u/status/9\",\"text\":\"t\","
-                                        "\"author\":\"u\",\"media\":[\"https://pbs.example/9.jpg\"]}]}"));
+        kivo::test::exchange(
+            port(), post("/capture", "{\"type\":\"image\",\"url\":\"https://a.example/i.png\",\"title\":\"I\"}"));
+        const Exchange bookmarks = kivo::test::exchange(port(),
+            post("/xbookmarks",
+                "{\"items\":[{\"id\":\"9\",\"url\":\"https://x.com/u/status/9\",\"text\":\"t\","
+                "\"author\":\"u\",\"media\":[\"https://pbs.example/9.jpg\"]}]}"));
         QCOMPARE(bookmarks.body(), "{\"received\":1}");
         QTRY_COMPARE(m_bookmarkBatches.size(), 1);
         QCOMPARE(m_bookmarkBatches.constFirst().constFirst().media, QStringList{u"https://pbs.example/9.jpg"_s});

@@ -23,29 +23,31 @@ private Q_SLOTS:
         const QByteArray head = "POST /clip HTTP/1.1\r\nContent-Length: 5\r\n\r\n";
         QTest::newRow("plain GET") << QByteArray("GET / HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n") << u"complete"_s
                                    << u"GET"_s << u"/"_s << QByteArray();
-        QTest::newRow("body whole") << head + "hello" << u"complete"_s << u"POST"_s << u"/clip"_s << QByteArray("hello");
+        QTest::newRow("body whole") << head + "hello" << u"complete"_s << u"POST"_s << u"/clip"_s
+                                    << QByteArray("hello");
         QTest::newRow("body short") << head + "hell" << u"needMore"_s << QString() << QString() << QByteArray();
         QTest::newRow("bytes beyond the body are ignored")
-            << head + "helloGET / HTTP/1.1\r\n\r\n" << u"complete"_s << u"POST"_s << u"/clip"_s << QByteArray("hello");
+            << head + "helloGET / HTTP/1.1\r\n\r\n"
+            << u"complete"_s << u"POST"_s << u"/clip"_s << QByteArray("hello");
         QTest::newRow("no head end yet") << QByteArray("GET / HTTP/1.1\r\nHost: x\r\n") << u"needMore"_s << QString()
                                          << QString() << QByteArray();
         QTest::newRow("empty buffer") << QByteArray() << u"needMore"_s << QString() << QString() << QByteArray();
-        QTest::newRow("open head at the limit") << QByteArray(HttpParser::headLimit, 'a') << u"needMore"_s << QString()
-                                                << QString() << QByteArray();
-        QTest::newRow("open head past the limit") << QByteArray(HttpParser::headLimit + 1, 'a') << u"invalid"_s
-                                                  << QString() << QString() << QByteArray();
+        QTest::newRow("open head at the limit")
+            << QByteArray(HttpParser::headLimit, 'a') << u"needMore"_s << QString() << QString() << QByteArray();
+        QTest::newRow("open head past the limit")
+            << QByteArray(HttpParser::headLimit + 1, 'a') << u"invalid"_s << QString() << QString() << QByteArray();
         QTest::newRow("a closed head of any size")
-            << "GET /big HTTP/1.1\r\nX-Pad: " + QByteArray(40000, 'p') + "\r\n\r\n" << u"complete"_s << u"GET"_s
-            << u"/big"_s << QByteArray();
+            << "GET /big HTTP/1.1\r\nX-Pad: " + QByteArray(40000, 'p') + "\r\n\r\n"
+            << u"complete"_s << u"GET"_s << u"/big"_s << QByteArray();
         QTest::newRow("empty head") << QByteArray("\r\n\r\n") << u"invalid"_s << QString() << QString() << QByteArray();
         QTest::newRow("head not UTF-8") << QByteArray("GET /\xff HTTP/1.1\r\n\r\n") << u"invalid"_s << QString()
                                         << QString() << QByteArray();
         QTest::newRow("UTF-8 path kept as sent") << QByteArray("GET /caf\xc3\xa9?q=1 HTTP/1.1\r\n\r\n") << u"complete"_s
                                                  << u"GET"_s << u"/café?q=1"_s << QByteArray();
-        QTest::newRow("one part on the first line") << QByteArray("GET\r\n\r\n") << u"invalid"_s << QString()
-                                                    << QString() << QByteArray();
-        QTest::newRow("blanks squeezed, no version needed") << QByteArray("  get    /x  \r\n\r\n") << u"complete"_s
-                                                            << u"get"_s << u"/x"_s << QByteArray();
+        QTest::newRow("one part on the first line")
+            << QByteArray("GET\r\n\r\n") << u"invalid"_s << QString() << QString() << QByteArray();
+        QTest::newRow("blanks squeezed, no version needed")
+            << QByteArray("  get    /x  \r\n\r\n") << u"complete"_s << u"get"_s << u"/x"_s << QByteArray();
         QTest::newRow("chunked refused") << QByteArray("POST /clip HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n")
                                          << u"invalid"_s << QString() << QString() << QByteArray();
         QTest::newRow("any transfer coding refused")
@@ -59,9 +61,8 @@ private Q_SLOTS:
             << u"POST"_s << u"/"_s << QByteArray();
         QTest::newRow("negative length") << QByteArray("POST / HTTP/1.1\r\nContent-Length: -1\r\n\r\n") << u"invalid"_s
                                          << QString() << QString() << QByteArray();
-        QTest::newRow("length over the limit")
-            << QByteArray("POST / HTTP/1.1\r\nContent-Length: 1000001\r\n\r\n") << u"invalid"_s << QString()
-            << QString() << QByteArray();
+        QTest::newRow("length over the limit") << QByteArray("POST / HTTP/1.1\r\nContent-Length: 1000001\r\n\r\n")
+                                               << u"invalid"_s << QString() << QString() << QByteArray();
         QTest::newRow("length at the limit waits for the body")
             << QByteArray("POST / HTTP/1.1\r\nContent-Length: 1000000\r\n\r\n") << u"needMore"_s << QString()
             << QString() << QByteArray();
@@ -69,8 +70,8 @@ private Q_SLOTS:
             << QByteArray("POST / HTTP/1.1\r\nContent-Length: 9\r\ncontent-length: 2\r\n\r\nokrest") << u"complete"_s
             << u"POST"_s << u"/"_s << QByteArray("ok");
         QTest::newRow("line without a colon skipped")
-            << QByteArray("POST / HTTP/1.1\r\nnonsense\r\nContent-Length:\t 2 \r\n\r\nok") << u"complete"_s
-            << u"POST"_s << u"/"_s << QByteArray("ok");
+            << QByteArray("POST / HTTP/1.1\r\nnonsense\r\nContent-Length:\t 2 \r\n\r\nok") << u"complete"_s << u"POST"_s
+            << u"/"_s << QByteArray("ok");
     }
 
     void results()

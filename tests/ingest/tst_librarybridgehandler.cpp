@@ -71,7 +71,8 @@ private Q_SLOTS:
         QCOMPARE(handler.shortcuts().clipper, QString());
 
         const kivo::ClipperConfig config = handler.clipperConfig();
-        const QByteArray expected = "{\"key\":\"\",\"mods\":[\"shift\",\"alt\",\"ctrl\",\"meta\"],\"optionHold\":false}";
+        const QByteArray expected
+            = "{\"key\":\"\",\"mods\":[\"shift\",\"alt\",\"ctrl\",\"meta\"],\"optionHold\":false}";
         QCOMPARE(config.toJson(), expected);
     }
 
@@ -112,7 +113,8 @@ private Q_SLOTS:
         });
         LibraryBridgeHandler handler(&settings, &store);
         // Used ones first; the never used by name, in SQLite's binary order (capitals first).
-        const QList<kivo::CollectionSummary> expected{{u"c"_s, u"Gamma"_s, 1}, {u"a"_s, u"Alpha"_s, 0}, {u"b"_s, u"beta"_s, 0}};
+        const QList<kivo::CollectionSummary> expected{
+            {u"c"_s, u"Gamma"_s, 1}, {u"a"_s, u"Alpha"_s, 0}, {u"b"_s, u"beta"_s, 0}};
         QCOMPARE(handler.collections(), expected);
     }
 
