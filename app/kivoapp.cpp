@@ -8,6 +8,7 @@
 #include "core/store.h"
 #include "core/systemlog.h"
 #include "core/appsettings.h"
+#include "ingest/bridge/bridgeservice.h"
 #include "surfaces/gate/librarygate.h"
 #include "surfaces/qmlservices.h"
 #include "surfaces/theme/appearancecontroller.h"
@@ -121,6 +122,10 @@ int runApplication(int argc, char **argv)
     engine.load(QUrl(u"qrc:/Kivo/window/Main.qml"_s));
     if (engine.rootObjects().isEmpty())
         return 1;
+
+    // The browser extension's bridge (127.0.0.1:17894): up after the window, down at quit.
+    BridgeService bridge(settings, store);
+
     return QGuiApplication::exec();
 }
 
