@@ -112,7 +112,7 @@ int runApplication(int argc, char **argv)
     }
     Reorganiser::run(root);
 
-    Store store;
+    Store store(&settings);
     store.initialise();
     QmlServices::publishStore(&store);
 

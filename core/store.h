@@ -16,7 +16,6 @@
 #include <QVariantList>
 #include <QVariantMap>
 
-#include <array>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -499,8 +498,6 @@ private:
     void retireBoardObjects();
     void connectSettings();
     // storecollections.cpp
-    void publishCollections(QList<LibraryCollection> collections, std::optional<LibraryCollection> inbox,
-                            QHash<QString, int> counts, QHash<QString, double> lastActivity, const std::array<int, 6> &numbers);
     QString insertCollection(Database &db, const QString &name, const std::optional<QString> &parentId);
     void saveCollapsed();
     // storerows.cpp
@@ -510,7 +507,6 @@ private:
     void startTint();
     [[nodiscard]] ItemSort currentItemSort() const;
     [[nodiscard]] bool tagNamesNeeded() const;
-    void trace(const char *format, double first, double second = 0, double third = 0) const;
     // storeselection.cpp
     void applyStoredViewMode();
     [[nodiscard]] ViewMode defaultViewMode() const;

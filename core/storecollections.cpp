@@ -1,0 +1,636 @@
+#include "core/store.h"
+
+#include "core/appsettings.h"
+#include "core/itemqueries.h"
+#include "core/librarylocation.h"
+#include "core/mediatypepredicate.h"
+#include "core/systemlog.h"
+#include "core/userdefaults.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace kivo {
+
+namespace {
+
+/** The step limit of the loop guard's walk up the tree. */
+constexpr int loopGuardSteps = 64;
+
+struct CollectionSnapshot {
+    QList<LibraryCollection> collections;
+    std::optional<LibraryCollection> inbox;
+    QHash<QString, int> counts;
+    QHash<QString, double> lastActivity;
+    int all = 0;
+    int favourites = 0;
+    int links = 0;
+    int trash = 0;
+    int hidden = 0;
+};
+
+CollectionSort collectionSortOf(const AppSettings *settings)
+{
+    return settings ? collectionSortFromRaw(settings->collectionSort()).value_or(CollectionSort::manual)
+                    : CollectionSort::manual;
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Reloads
+
+void Store::reloadCollections()
+{
+    if (!m_dbQueue)
+        return;
+    CollectionSnapshot snapshot;
+    try {
+        snapshot = m_dbQueue->read([](Database &db) {
+            CollectionSnapshot read;
+            read.collections = db.fetchAll<LibraryCollection>(
+                u"SELECT * FROM collection WHERE deletedAt IS NULL AND isInbox = 0 ORDER BY sortIndex ASC, name ASC"_s);
+            db.forEach(u"SELECT ic.collectionId AS cid, COUNT(*) AS n, MAX(ic.addedAt) AS last\n"
+                       "FROM itemCollection ic\n"
+                       "JOIN item i ON i.id = ic.itemId AND i.deletedAt IS NULL\n"
+                       "GROUP BY ic.collectionId"_s,
+                       {}, [&](const Row &row) {
+                           const QString id = row.text("cid");
+                           read.counts.insert(id, int(row.integer("n")));
+                           read.lastActivity.insert(id, row.real("last"));
+                       });
+            const auto count = [&](const QString &sql) { return int(db.fetchScalar(sql).toLongLong()); };
+            read.all = count(u"SELECT COUNT(*) FROM item WHERE deletedAt IS NULL AND hiddenAt IS NULL"_s);
+            read.inbox = db.fetchOne<LibraryCollection>(
+                u"SELECT * FROM collection WHERE isInbox = 1 AND deletedAt IS NULL"_s);
+            read.links = count(u"SELECT COUNT(*) FROM item WHERE deletedAt IS NULL AND kind = 'link'"_s);
+            read.trash = count(u"SELECT COUNT(*) FROM item WHERE deletedAt IS NOT NULL"_s);
+            read.favourites = count(u"SELECT COUNT(*) FROM item WHERE deletedAt IS NULL AND favourite = 1"_s);
+            read.hidden = count(u"SELECT COUNT(*) FROM item WHERE deletedAt IS NULL AND hiddenAt IS NOT NULL"_s);
+            return read;
+        });
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] reloadCollections failed: "_s + errorText(error));
+        return;
+    }
+
+    if (snapshot.inbox)
+        m_inboxId = snapshot.inbox->id;
+    if (snapshot.collections != m_collections || snapshot.inbox != m_inboxCollection) {
+        m_collections = std::move(snapshot.collections);
+        m_inboxCollection = std::move(snapshot.inbox);
+        Q_EMIT collectionsChanged();
+    }
+    const int inboxCount = m_inboxId ? snapshot.counts.value(*m_inboxId, 0) : 0;
+    const bool countsDiffer = snapshot.counts != m_counts || snapshot.all != m_allCount || inboxCount != m_inboxCount
+        || snapshot.favourites != m_favouritesCount || snapshot.links != m_linksCount
+        || snapshot.trash != m_trashCount || snapshot.hidden != m_hiddenCount;
+    if (countsDiffer) {
+        m_counts = std::move(snapshot.counts);
+        m_allCount = snapshot.all;
+        m_inboxCount = inboxCount;
+        m_favouritesCount = snapshot.favourites;
+        m_linksCount = snapshot.links;
+        m_trashCount = snapshot.trash;
+        m_hiddenCount = snapshot.hidden;
+        Q_EMIT countsChanged();
+    }
+    QHash<QString, double> rollup = CollectionTree::activityRollup(m_collections, snapshot.lastActivity);
+    if (snapshot.lastActivity != m_collectionLastActivity || rollup != m_collectionActivityRollup) {
+        m_collectionLastActivity = std::move(snapshot.lastActivity);
+        m_collectionActivityRollup = std::move(rollup);
+        Q_EMIT collectionActivityChanged();
+    }
+    reloadTypeCounts();
+    reloadTrayPreviews();
+    // The semantic icon pass for collections without an icon joins here once icons are chosen.
+}
+
+void Store::reloadTypeCounts()
+{
+    if (!m_dbQueue)
+        return;
+    const QList<MediaTypeFilter> &filters = allMediaTypeFilters();
+    QStringList terms;
+    for (qsizetype index = 0; index < filters.size(); ++index) {
+        terms.append(u"SUM(CASE WHEN "_s + mediaTypePredicate(filters.at(index)) + u" THEN 1 ELSE 0 END) AS c"_s
+                     + QString::number(index));
+    }
+    const QString sql = u"SELECT "_s + terms.join(u", "_s) + u" FROM item i WHERE i.deletedAt IS NULL"_s;
+    try {
+        const QVariantMap counts = m_dbQueue->read([&](Database &db) {
+            QVariantMap byFilter;
+            db.forEach(sql, {}, [&](const Row &row) {
+                for (qsizetype index = 0; index < filters.size(); ++index)
+                    byFilter.insert(rawString(filters.at(index)), int(row.integer(int(index))));
+            });
+            return byFilter;
+        });
+        if (counts == m_typeCounts)
+            return;
+        m_typeCounts = counts;
+        Q_EMIT typeCountsChanged();
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] reloadTypeCounts failed: "_s + errorText(error));
+    }
+}
+
+int Store::typeCount(MediaTypeFilter filter) const
+{
+    return m_typeCounts.value(rawString(filter)).toInt();
+}
+
+QVariantMap Store::countsMap() const
+{
+    QVariantMap map;
+    for (auto it = m_counts.constBegin(); it != m_counts.constEnd(); ++it)
+        map.insert(it.key(), it.value());
+    return map;
+}
+
+void Store::reloadTrayPreviews()
+{
+    if (!m_dbQueue)
+        return;
+    struct Preview {
+        QString filePath;
+        double addedAt;
+    };
+    QHash<QString, QList<Preview>> own;
+    try {
+        own = m_dbQueue->read([](Database &db) {
+            QHash<QString, QList<Preview>> rows;
+            db.forEach(u"SELECT cid, filePath, addedAt FROM (\n"
+                       "    SELECT ic.collectionId AS cid, i.filePath AS filePath, ic.addedAt AS addedAt,\n"
+                       "           ROW_NUMBER() OVER (PARTITION BY ic.collectionId ORDER BY ic.addedAt DESC) AS rn\n"
+                       "    FROM itemCollection ic\n"
+                       "    JOIN item i ON i.id = ic.itemId\n"
+                       "    WHERE i.deletedAt IS NULL AND i.filePath IS NOT NULL\n"
+                       ") WHERE rn <= 3"_s,
+                       {}, [&](const Row &row) {
+                           rows[row.text("cid")].append({row.text("filePath"), row.real("addedAt")});
+                       });
+            return rows;
+        });
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] reloadTrayPreviews failed: "_s + errorText(error));
+        return;
+    }
+    // Resolving goes through the item folder, taken once for the whole pass.
+    const QString itemFolder = LibraryLocation::itemFolder();
+    QHash<QString, QList<QUrl>> previews;
+    QList<LibraryCollection> all = m_collections;
+    if (m_inboxCollection)
+        all.append(*m_inboxCollection);
+    for (const LibraryCollection &collection : std::as_const(all)) {
+        QList<Preview> merged;
+        for (const QString &id : CollectionTree::withDescendants(m_collections, {collection.id}))
+            merged.append(own.value(id));
+        if (merged.isEmpty())
+            continue;
+        std::stable_sort(merged.begin(), merged.end(),
+                         [](const Preview &a, const Preview &b) { return a.addedAt > b.addedAt; });
+        QList<QUrl> urls;
+        for (qsizetype i = 0; i < merged.size() && urls.size() < 3; ++i)
+            urls.append(QUrl::fromLocalFile(itemFolder + u'/' + merged.at(i).filePath));
+        previews.insert(collection.id, urls);
+    }
+    if (previews == m_trayPreviews)
+        return;
+    m_trayPreviews = std::move(previews);
+    Q_EMIT trayPreviewsChanged();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Reading the tree
+
+QList<CollectionTreeRow> Store::collectionTree(bool skipCollapsed) const
+{
+    return CollectionTree::flatten(m_collections, collectionSortOf(m_settings),
+                                   m_settings && m_settings->collectionSortReversed(), m_collectionActivityRollup,
+                                   skipCollapsed ? m_collapsedCollections : QSet<QString>());
+}
+
+std::optional<LibraryCollection> Store::collectionById(const QString &id) const
+{
+    if (m_inboxCollection && m_inboxCollection->id == id)
+        return m_inboxCollection;
+    for (const LibraryCollection &collection : m_collections) {
+        if (collection.id == id)
+            return collection;
+    }
+    return std::nullopt;
+}
+
+QString Store::collectionPath(const QString &id, const QString &separator) const
+{
+    if (m_inboxCollection && m_inboxCollection->id == id)
+        return m_inboxCollection->name;
+    return CollectionTree::path(m_collections, id, separator);
+}
+
+QList<LibraryCollection> Store::recentCollections(int limit) const
+{
+    QList<LibraryCollection> recent = m_collections;
+    std::stable_sort(recent.begin(), recent.end(),
+                     [](const LibraryCollection &a, const LibraryCollection &b) { return a.modifiedAt > b.modifiedAt; });
+    if (limit >= 0 && recent.size() > limit)
+        recent.resize(limit);
+    return recent;
+}
+
+QStringList Store::collectionPreviews(const QString &id) const
+{
+    if (!m_dbQueue)
+        return {};
+    try {
+        return m_dbQueue->read([&](Database &db) {
+            QStringList paths;
+            db.forEach(u"SELECT i.filePath FROM itemCollection ic JOIN item i ON i.id = ic.itemId\n"
+                       "WHERE ic.collectionId = ? AND i.deletedAt IS NULL AND i.filePath IS NOT NULL"_s,
+                       {id}, [&](const Row &row) { paths.append(row.text(0)); });
+            return paths;
+        });
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] collectionPreviews failed: "_s + errorText(error));
+        return {};
+    }
+}
+
+QList<CollectionActivity> Store::collectionsByLastAddition() const
+{
+    if (!m_dbQueue)
+        return {};
+    try {
+        return m_dbQueue->read([](Database &db) {
+            QList<CollectionActivity> rows;
+            db.forEach(u"SELECT c.id AS id, c.name AS name,\n"
+                       "       COUNT(ic.itemId) AS n, MAX(ic.addedAt) AS lastAdd\n"
+                       "FROM collection c\n"
+                       "LEFT JOIN itemCollection ic ON ic.collectionId = c.id\n"
+                       "WHERE c.deletedAt IS NULL AND c.isInbox = 0\n"
+                       "GROUP BY c.id\n"
+                       "ORDER BY lastAdd DESC NULLS LAST, c.name ASC"_s,
+                       {}, [&](const Row &row) {
+                           rows.append({row.text("id"), row.text("name"), int(row.integer("n")),
+                                        row.optionalReal("lastAdd")});
+                       });
+            return rows;
+        });
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] collectionsByLastAddition failed: "_s + errorText(error));
+        return {};
+    }
+}
+
+QVariantMap Store::collectionData(const QString &id) const
+{
+    const auto collection = collectionById(id);
+    if (!collection)
+        return {};
+    QVariantMap data = collection->toJson().toVariantMap();
+    data.insert(u"count"_s, m_counts.value(id, 0));
+    data.insert(u"path"_s, collectionPath(id));
+    data.insert(u"pinned"_s, collection->pinnedAt.has_value());
+    return data;
+}
+
+QVariantList Store::collectionChoices() const
+{
+    QVariantList choices;
+    for (const CollectionTreeRow &row : collectionTree(false)) {
+        choices.append(QVariantMap{
+            {u"id"_s, row.collection.id},
+            {u"name"_s, row.collection.name},
+            {u"depth"_s, row.depth},
+            {u"hasChildren"_s, row.hasChildren},
+            {u"count"_s, m_counts.value(row.collection.id, 0)},
+            {u"pinned"_s, row.collection.pinnedAt.has_value()},
+            {u"icon"_s, row.collection.icon.value_or(QString())},
+            {u"path"_s, CollectionTree::path(m_collections, row.collection.id, u" / "_s)},
+        });
+    }
+    return choices;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Changing the tree
+
+QString Store::insertCollection(Database &db, const QString &name, const std::optional<QString> &parentId)
+{
+    qint64 largest = 0;
+    for (const LibraryCollection &collection : std::as_const(m_collections))
+        largest = std::max(largest, collection.sortIndex);
+    LibraryCollection collection;
+    collection.id = newIdentifier();
+    collection.parentId = parentId;
+    collection.name = name;
+    collection.sortIndex = largest + 1;
+    collection.createdAt = collection.modifiedAt = nowSeconds();
+    db.insert(collection);
+    return collection.id;
+}
+
+QString Store::createCollection(const QString &name, const QString &parentId)
+{
+    if (!m_dbQueue)
+        return {};
+    if (m_inboxId && parentId == *m_inboxId)
+        return {};
+    const std::optional<QString> parent = parentId.isEmpty() ? std::nullopt : std::optional<QString>(parentId);
+    QString id;
+    try {
+        id = m_dbQueue->write([&](Database &db) { return insertCollection(db, name, parent); });
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] createCollection failed: "_s + errorText(error));
+        return {};
+    }
+    reloadCollections();
+    return id;
+}
+
+bool Store::renameCollection(const QString &id, const QString &name)
+{
+    const QString trimmed = name.trimmed();
+    if (!m_dbQueue || trimmed.isEmpty() || (m_inboxId && id == *m_inboxId))
+        return false;
+    try {
+        m_dbQueue->write([&](Database &db) {
+            db.execute(u"UPDATE collection SET name = ?, modifiedAt = ? WHERE id = ?"_s, {trimmed, nowSeconds(), id});
+        });
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] renameCollection failed: "_s + errorText(error));
+        return false;
+    }
+    reloadCollections();
+    return true;
+}
+
+bool Store::setCollectionIcon(const QString &id, const QString &icon)
+{
+    if (!m_dbQueue)
+        return false;
+    try {
+        m_dbQueue->write([&](Database &db) {
+            db.execute(u"UPDATE collection SET icon = ?, modifiedAt = ? WHERE id = ?"_s,
+                       {icon.isEmpty() ? QVariant() : QVariant(icon), nowSeconds(), id});
+        });
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] setCollectionIcon failed: "_s + errorText(error));
+        return false;
+    }
+    reloadCollections();
+    return true;
+}
+
+bool Store::pinCollection(const QString &id, bool pinned)
+{
+    if (!m_dbQueue)
+        return false;
+    try {
+        m_dbQueue->write([&](Database &db) {
+            const double now = nowSeconds();
+            db.execute(u"UPDATE collection SET pinnedAt = ?, modifiedAt = ? WHERE id = ?"_s,
+                       {pinned ? QVariant(now) : QVariant(), now, id});
+        });
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] pinCollection failed: "_s + errorText(error));
+        return false;
+    }
+    reloadCollections();
+    return true;
+}
+
+bool Store::moveCollection(const QString &id, const QString &parentId)
+{
+    if (!m_dbQueue || (m_inboxId && id == *m_inboxId))
+        return false;
+    const auto moved = collectionById(id);
+    std::optional<LibraryCollection> parent;
+    if (!parentId.isEmpty()) {
+        if (parentId == id || (m_inboxId && parentId == *m_inboxId))
+            return false;
+        parent = collectionById(parentId);
+        // Walk up from the new parent; meeting the moved collection would close a loop.
+        QString current = parentId;
+        for (int step = 0; step < loopGuardSteps; ++step) {
+            if (current == id) {
+                showToast(u"That Would Make a Loop"_s, ToastAction::none);
+                return false;
+            }
+            const auto above = collectionById(current);
+            if (!above || !above->parentId)
+                break;
+            current = *above->parentId;
+        }
+    }
+    try {
+        m_dbQueue->write([&](Database &db) {
+            db.execute(u"UPDATE collection SET parentId = ?, modifiedAt = ? WHERE id = ?"_s,
+                       {parentId.isEmpty() ? QVariant() : QVariant(parentId), nowSeconds(), id});
+        });
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] moveCollection failed: "_s + errorText(error));
+        return false;
+    }
+    reloadCollections();
+    if (parent && moved)
+        showToast(moved->name + u" Filed Inside "_s + parent->name, ToastAction::none);
+    return true;
+}
+
+bool Store::reorderCollections(const QStringList &ids, const QString &parentId)
+{
+    if (!m_dbQueue || (m_inboxId && parentId == *m_inboxId))
+        return false;
+    // A parent inside one of the reordered collections would close a loop: refused in silence.
+    if (!parentId.isEmpty() && CollectionTree::withDescendants(m_collections, ids).contains(parentId))
+        return false;
+    try {
+        m_dbQueue->write([&](Database &db) {
+            const double now = nowSeconds();
+            for (qsizetype position = 0; position < ids.size(); ++position) {
+                if (m_inboxId && ids.at(position) == *m_inboxId)
+                    continue;
+                db.execute(u"UPDATE collection SET sortIndex = ?, parentId = ?, modifiedAt = ? WHERE id = ?"_s,
+                           {position, parentId.isEmpty() ? QVariant() : QVariant(parentId), now, ids.at(position)});
+            }
+        });
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] reorderCollections failed: "_s + errorText(error));
+        return false;
+    }
+    reloadCollections();
+    return true;
+}
+
+bool Store::deleteCollections(const QStringList &ids)
+{
+    if (!m_dbQueue)
+        return false;
+    QStringList listed = ids;
+    if (m_inboxId)
+        listed.removeAll(*m_inboxId);
+    if (listed.isEmpty())
+        return false;
+    const QStringList doomed = CollectionTree::withDescendants(m_collections, listed);
+    DeletedBoards deleted;
+    deleted.ids = doomed;
+    try {
+        m_dbQueue->write([&](Database &db) {
+            QVariantList arguments;
+            for (qsizetype start = 0; start < doomed.size(); start += ItemQueries::maxListLength) {
+                const QStringList chunk = doomed.mid(start, ItemQueries::maxListLength);
+                arguments.clear();
+                const QString marks = ItemQueries::placeholders(chunk, arguments);
+                db.forEach(u"SELECT itemId, collectionId, addedAt FROM itemCollection WHERE collectionId IN ("_s + marks
+                               + u")"_s,
+                           arguments, [&](const Row &row) {
+                               deleted.memberships.append(
+                                   {row.text("itemId"), row.text("collectionId"), row.real("addedAt")});
+                           });
+            }
+            const double now = nowSeconds();
+            for (const QString &id : doomed) {
+                db.execute(u"DELETE FROM itemCollection WHERE collectionId = ?"_s, {id});
+                db.execute(u"UPDATE collection SET deletedAt = ? WHERE id = ?"_s, {now, id});
+            }
+        });
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] deleteCollections failed: "_s + errorText(error));
+        return false;
+    }
+    m_pendingBoardUndo = std::move(deleted);
+    Q_EMIT pendingBoardUndoChanged();
+    bool selectedDropped = false;
+    for (const QString &id : doomed)
+        selectedDropped |= m_selectedCollectionIds.remove(id);
+    if (selectedDropped)
+        Q_EMIT selectedCollectionIdsChanged();
+    if (m_selection.isCollection() && doomed.contains(m_selection.collectionId())) {
+        // Changing the selection reloads the rows, so only the collections are left to read.
+        reloadCollections();
+        setSelection(SidebarSelection::all());
+    } else {
+        reloadAll();
+    }
+    showToast(doomed.size() == 1 ? u"Collection Deleted"_s
+                                 : QString::number(doomed.size()) + u" Collections Deleted"_s,
+              ToastAction::undoCollectionDelete);
+    return true;
+}
+
+bool Store::undoDelete()
+{
+    if (!m_dbQueue || !m_pendingBoardUndo)
+        return false;
+    const DeletedBoards pending = *m_pendingBoardUndo;
+    try {
+        m_dbQueue->write([&](Database &db) {
+            for (const QString &id : pending.ids)
+                db.execute(u"UPDATE collection SET deletedAt = NULL WHERE id = ?"_s, {id});
+            for (const DeletedBoards::Membership &membership : pending.memberships) {
+                db.execute(u"INSERT OR IGNORE INTO itemCollection (itemId, collectionId, addedAt) VALUES (?, ?, ?)"_s,
+                           {membership.itemId, membership.collectionId, membership.addedAt});
+            }
+        });
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] undoDelete failed: "_s + errorText(error));
+        return false;
+    }
+    m_pendingBoardUndo.reset();
+    Q_EMIT pendingBoardUndoChanged();
+    reloadAll();
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Sidebar state
+
+void Store::toggleCollapsed(const QString &id)
+{
+    if (!m_collapsedCollections.remove(id))
+        m_collapsedCollections.insert(id);
+    saveCollapsed();
+    Q_EMIT collapsedCollectionsChanged();
+}
+
+QStringList Store::collapsedCollectionList() const
+{
+    QStringList list(m_collapsedCollections.cbegin(), m_collapsedCollections.cend());
+    list.sort();
+    return list;
+}
+
+void Store::saveCollapsed()
+{
+    UserDefaults().setValue(u"collapsedCollections"_s, collapsedCollectionList());
+}
+
+void Store::setFreshCollectionId(const QString &id)
+{
+    if (m_freshCollectionId == id)
+        return;
+    m_freshCollectionId = id;
+    Q_EMIT freshCollectionIdChanged();
+}
+
+QString Store::renameTargetKind() const
+{
+    if (!m_renaming)
+        return {};
+    return m_renaming->kind == RenameKind::item ? u"item"_s : u"collection"_s;
+}
+
+void Store::beginRename(const QString &kind, const QString &id)
+{
+    if (id.isEmpty() || (kind != u"item" && kind != u"collection"))
+        return;
+    m_renaming = RenameTarget{kind == u"item" ? RenameKind::item : RenameKind::collection, id};
+    Q_EMIT renamingChanged();
+}
+
+void Store::endRename()
+{
+    if (!m_renaming)
+        return;
+    m_renaming.reset();
+    Q_EMIT renamingChanged();
+}
+
+QStringList Store::selectedCollectionIdList() const
+{
+    QStringList list;
+    for (const CollectionTreeRow &row : collectionTree(false)) {
+        if (m_selectedCollectionIds.contains(row.collection.id))
+            list.append(row.collection.id);
+    }
+    return list;
+}
+
+void Store::setSelectedCollectionIdList(const QStringList &ids)
+{
+    const QSet<QString> set(ids.cbegin(), ids.cend());
+    if (set == m_selectedCollectionIds)
+        return;
+    m_selectedCollectionIds = set;
+    Q_EMIT selectedCollectionIdsChanged();
+}
+
+void Store::toggleCollectionSelection(const QString &id)
+{
+    if (!m_selectedCollectionIds.remove(id))
+        m_selectedCollectionIds.insert(id);
+    Q_EMIT selectedCollectionIdsChanged();
+}
+
+void Store::clearCollectionSelection()
+{
+    if (m_selectedCollectionIds.isEmpty())
+        return;
+    m_selectedCollectionIds.clear();
+    Q_EMIT selectedCollectionIdsChanged();
+}
+
+} // namespace kivo
