@@ -12,6 +12,7 @@
 #include <QSet>
 #include <QString>
 #include <QStringList>
+#include <QThreadPool>
 #include <QUrl>
 #include <QVariantList>
 #include <QVariantMap>
@@ -582,6 +583,9 @@ private:
     QString m_toast;
     ToastAction m_toastAction = ToastAction::none;
     int m_toastSerial = 0;
+
+    /** Off-main-thread work (tint, copies to Downloads); the Store's end waits for it. */
+    QThreadPool m_workers;
 };
 
 } // namespace kivo

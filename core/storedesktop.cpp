@@ -132,7 +132,7 @@ void Store::saveToDownloads(const QStringList &itemIds)
                                         : QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
     QPointer<Store> self(this);
     // Files can be large: the copies run on the pool and the answer comes back as a toast.
-    QThreadPool::globalInstance()->start([self, sources, downloads] {
+    m_workers.start([self, sources, downloads] {
         int saved = 0;
         QDir folder(downloads);
         if (!sources.isEmpty() && folder.mkpath(u"."_s)) {

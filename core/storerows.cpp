@@ -208,7 +208,7 @@ void Store::startTint()
         palettes.append(m_allRows.at(i).colors.value_or(QString()));
     const quint64 generation = ++m_tintGeneration;
     QPointer<Store> self(this);
-    QThreadPool::globalInstance()->start(
+    m_workers.start(
         [self, generation, palettes] {
             QList<QColor> colours;
             for (const QString &palette : palettes)

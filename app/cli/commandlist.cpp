@@ -3,11 +3,22 @@
 namespace kivo::cli {
 
 Command *makeInfoCommand();
+Command *makeListCommand();
+Command *makeCollectionsCommand();
+Command *makeCollectionCommand();
+Command *makeFileCommand();
+Command *makeTagCommand();
+Command *makeFavouriteCommand();
+Command *makeHideCommand();
+Command *makeTrashCommand();
+Command *makeRestoreCommand();
 
 const QList<Command *> &allCommands()
 {
     static const QList<Command *> commands{
-        makeInfoCommand(),
+        makeInfoCommand(),        makeListCommand(),     makeCollectionsCommand(), makeCollectionCommand(),
+        makeFileCommand(),        makeTagCommand(),      makeFavouriteCommand(),   makeHideCommand(),
+        makeTrashCommand(),       makeRestoreCommand(),
     };
     return commands;
 }
