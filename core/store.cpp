@@ -222,6 +222,21 @@ QVariantMap Store::itemData(const QString &itemId) const
     return item->toJson().toVariantMap();
 }
 
+void Store::logFailure(const QString &operation, const std::exception &error)
+{
+    systemLog(u"[Store] "_s + operation + u" failed: "_s + errorText(error));
+}
+
+void Store::releaseLater(QList<LibraryItem> &&list)
+{
+    // Freeing a hundred thousand rows takes a noticeable moment; small lists go at once.
+    if (list.size() < 1000 || !list.isDetached()) {
+        list = {};
+        return;
+    }
+    m_workers.start([rows = std::move(list)]() mutable { rows = {}; });
+}
+
 // ---------------------------------------------------------------------------------------------
 // Toast
 

@@ -6,9 +6,11 @@
 #include "core/sidebarselection.h"
 
 #include <QColor>
+#include <QCoreApplication>
 #include <QHash>
 #include <QList>
 #include <QObject>
+#include <QPointer>
 #include <QSet>
 #include <QString>
 #include <QStringList>
@@ -172,9 +174,14 @@ public:
 
     /** `reloadCollections`, then `reloadItems`. */
     Q_INVOKABLE void reloadAll();
-    /** Collections, the inbox, all counts and activity, then type counts and tray previews. */
+    /**
+     * Collections, the inbox, the sidebar's numbers and the activity, read at once; then the type
+     * counts and tray previews, which are read on a worker and published when they arrive.
+     */
     Q_INVOKABLE void reloadCollections();
+    /** Reads the counts per kind filter on a worker; `typeCountsChanged` tells when they are in. */
     void reloadTypeCounts();
+    /** Reads the tray previews on a worker; `trayPreviewsChanged` tells when they are in. */
     void reloadTrayPreviews();
     /**
      * Re-reads the rows of the current selection, or, with search text and a search runner, asks
@@ -492,6 +499,22 @@ Q_SIGNALS:
     void enrichmentDue();
 
 private:
+    struct TrayPreview {
+        QString filePath;
+        double addedAt = 0;
+    };
+
+    /**
+     * Runs `read` on a worker through the database queue and hands its result to `publish` on the
+     * main thread, unless a newer read of the same kind (`generation`) was asked for since.
+     */
+    template<typename Result>
+    void readInBackground(quint64 &generation, const QString &name, std::function<Result(Database &)> read,
+                          std::function<void(Result)> publish);
+    /** Frees a large replaced list on a worker rather than on the main thread. */
+    void releaseLater(QList<LibraryItem> &&list);
+    static void logFailure(const QString &operation, const std::exception &error);
+
     // store.cpp
     void loadRememberedState();
     void forgetPhantomViewModes();
@@ -499,10 +522,12 @@ private:
     void retireBoardObjects();
     void connectSettings();
     // storecollections.cpp
+    void publishTrayPreviews(const QHash<QString, QList<TrayPreview>> &own);
     QString insertCollection(Database &db, const QString &name, const std::optional<QString> &parentId);
     void saveCollapsed();
     // storerows.cpp
     void publishRows(QList<LibraryItem> rows);
+    [[nodiscard]] qsizetype expectedRowCount() const;
     void rebuildRailSplit();
     void reloadTagNames();
     void startTint();
@@ -510,7 +535,7 @@ private:
     [[nodiscard]] bool tagNamesNeeded() const;
     // storeselection.cpp
     void applyStoredViewMode();
-    [[nodiscard]] ViewMode defaultViewMode() const;
+    void applyDefaultViewMode(const QList<LibraryItem> &rows);
     void pruneSelection();
     void saveRailSplitOverride();
     // storeitems.cpp
@@ -538,6 +563,8 @@ private:
     int m_trashCount = 0;
     int m_hiddenCount = 0;
     QVariantMap m_typeCounts;
+    quint64 m_typeCountsGeneration = 0;
+    quint64 m_trayPreviewsGeneration = 0;
     QHash<QString, QList<QUrl>> m_trayPreviews;
     QHash<QString, QString> m_semanticIcons;
     QSet<QString> m_collapsedCollections;
@@ -555,6 +582,8 @@ private:
     QList<SidebarSelection> m_navForward;
     bool m_recordingHistory = true;
     bool m_applyingViewMode = false;
+    /** The selection has no stored view mode: its default is taken from the rows of the next read. */
+    bool m_defaultViewModePending = false;
     ViewMode m_viewMode = ViewMode::cards;
     QString m_searchText;
     quint64 m_searchGeneration = 0;
@@ -587,5 +616,33 @@ private:
     /** Off-main-thread work (tint, copies to Downloads); the Store's end waits for it. */
     QThreadPool m_workers;
 };
+
+template<typename Result>
+void Store::readInBackground(quint64 &generation, const QString &name, std::function<Result(Database &)> read,
+                             std::function<void(Result)> publish)
+{
+    if (!m_dbQueue)
+        return;
+    const quint64 asked = ++generation;
+    std::shared_ptr<DatabaseQueue> queue = m_dbQueue;
+    QPointer<Store> self(this);
+    m_workers.start([queue, asked, name, read = std::move(read), publish = std::move(publish), self, &generation] {
+        std::optional<Result> result;
+        try {
+            result = queue->read(read);
+        } catch (const std::exception &error) {
+            logFailure(name, error);
+            return;
+        }
+        // Back on the main thread, where the Store is checked for and the generation compared.
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [self, asked, &generation, publish, result = std::move(*result)]() mutable {
+                if (self && asked == generation)
+                    publish(std::move(result));
+            },
+            Qt::QueuedConnection);
+    });
+}
 
 } // namespace kivo

@@ -60,14 +60,22 @@ void Store::reloadCollections()
                            read.counts.insert(id, int(row.integer("n")));
                            read.lastActivity.insert(id, row.real("last"));
                        });
-            const auto count = [&](const QString &sql) { return int(db.fetchScalar(sql).toLongLong()); };
-            read.all = count(u"SELECT COUNT(*) FROM item WHERE deletedAt IS NULL AND hiddenAt IS NULL"_s);
             read.inbox = db.fetchOne<LibraryCollection>(
                 u"SELECT * FROM collection WHERE isInbox = 1 AND deletedAt IS NULL"_s);
-            read.links = count(u"SELECT COUNT(*) FROM item WHERE deletedAt IS NULL AND kind = 'link'"_s);
-            read.trash = count(u"SELECT COUNT(*) FROM item WHERE deletedAt IS NOT NULL"_s);
-            read.favourites = count(u"SELECT COUNT(*) FROM item WHERE deletedAt IS NULL AND favourite = 1"_s);
-            read.hidden = count(u"SELECT COUNT(*) FROM item WHERE deletedAt IS NULL AND hiddenAt IS NOT NULL"_s);
+            // The sidebar's numbers are one family: one pass over the items gives them all.
+            db.forEach(u"SELECT SUM(CASE WHEN deletedAt IS NULL AND hiddenAt IS NULL THEN 1 ELSE 0 END) AS allCount,\n"
+                       "       SUM(CASE WHEN deletedAt IS NULL AND kind = 'link' THEN 1 ELSE 0 END) AS links,\n"
+                       "       SUM(CASE WHEN deletedAt IS NOT NULL THEN 1 ELSE 0 END) AS trash,\n"
+                       "       SUM(CASE WHEN deletedAt IS NULL AND favourite = 1 THEN 1 ELSE 0 END) AS favourites,\n"
+                       "       SUM(CASE WHEN deletedAt IS NULL AND hiddenAt IS NOT NULL THEN 1 ELSE 0 END) AS hidden\n"
+                       "FROM item"_s,
+                       {}, [&](const Row &row) {
+                           read.all = int(row.integer("allCount"));
+                           read.links = int(row.integer("links"));
+                           read.trash = int(row.integer("trash"));
+                           read.favourites = int(row.integer("favourites"));
+                           read.hidden = int(row.integer("hidden"));
+                       });
             return read;
         });
     } catch (const std::exception &error) {
@@ -118,22 +126,23 @@ void Store::reloadTypeCounts()
                      + QString::number(index));
     }
     const QString sql = u"SELECT "_s + terms.join(u", "_s) + u" FROM item i WHERE i.deletedAt IS NULL"_s;
-    try {
-        const QVariantMap counts = m_dbQueue->read([&](Database &db) {
+    readInBackground<QVariantMap>(
+        m_typeCountsGeneration, u"reloadTypeCounts"_s,
+        [sql](Database &db) {
+            const QList<MediaTypeFilter> &filters = allMediaTypeFilters();
             QVariantMap byFilter;
             db.forEach(sql, {}, [&](const Row &row) {
                 for (qsizetype index = 0; index < filters.size(); ++index)
                     byFilter.insert(rawString(filters.at(index)), int(row.integer(int(index))));
             });
             return byFilter;
+        },
+        [this](QVariantMap counts) {
+            if (counts == m_typeCounts)
+                return;
+            m_typeCounts = std::move(counts);
+            Q_EMIT typeCountsChanged();
         });
-        if (counts == m_typeCounts)
-            return;
-        m_typeCounts = counts;
-        Q_EMIT typeCountsChanged();
-    } catch (const std::exception &error) {
-        systemLog(u"[Store] reloadTypeCounts failed: "_s + errorText(error));
-    }
 }
 
 int Store::typeCount(MediaTypeFilter filter) const
@@ -153,14 +162,10 @@ void Store::reloadTrayPreviews()
 {
     if (!m_dbQueue)
         return;
-    struct Preview {
-        QString filePath;
-        double addedAt;
-    };
-    QHash<QString, QList<Preview>> own;
-    try {
-        own = m_dbQueue->read([](Database &db) {
-            QHash<QString, QList<Preview>> rows;
+    readInBackground<QHash<QString, QList<TrayPreview>>>(
+        m_trayPreviewsGeneration, u"reloadTrayPreviews"_s,
+        [](Database &db) {
+            QHash<QString, QList<TrayPreview>> rows;
             db.forEach(u"SELECT cid, filePath, addedAt FROM (\n"
                        "    SELECT ic.collectionId AS cid, i.filePath AS filePath, ic.addedAt AS addedAt,\n"
                        "           ROW_NUMBER() OVER (PARTITION BY ic.collectionId ORDER BY ic.addedAt DESC) AS rn\n"
@@ -172,11 +177,12 @@ void Store::reloadTrayPreviews()
                            rows[row.text("cid")].append({row.text("filePath"), row.real("addedAt")});
                        });
             return rows;
-        });
-    } catch (const std::exception &error) {
-        systemLog(u"[Store] reloadTrayPreviews failed: "_s + errorText(error));
-        return;
-    }
+        },
+        [this](const QHash<QString, QList<TrayPreview>> &own) { publishTrayPreviews(own); });
+}
+
+void Store::publishTrayPreviews(const QHash<QString, QList<TrayPreview>> &own)
+{
     // Resolving goes through the item folder, taken once for the whole pass.
     const QString itemFolder = LibraryLocation::itemFolder();
     QHash<QString, QList<QUrl>> previews;
@@ -184,13 +190,13 @@ void Store::reloadTrayPreviews()
     if (m_inboxCollection)
         all.append(*m_inboxCollection);
     for (const LibraryCollection &collection : std::as_const(all)) {
-        QList<Preview> merged;
+        QList<TrayPreview> merged;
         for (const QString &id : CollectionTree::withDescendants(m_collections, {collection.id}))
             merged.append(own.value(id));
         if (merged.isEmpty())
             continue;
         std::stable_sort(merged.begin(), merged.end(),
-                         [](const Preview &a, const Preview &b) { return a.addedAt > b.addedAt; });
+                         [](const TrayPreview &a, const TrayPreview &b) { return a.addedAt > b.addedAt; });
         QList<QUrl> urls;
         for (qsizetype i = 0; i < merged.size() && urls.size() < 3; ++i)
             urls.append(QUrl::fromLocalFile(itemFolder + u'/' + merged.at(i).filePath));

@@ -63,7 +63,11 @@ void Store::reloadItems(bool typing)
     const auto query = ItemQueries::rowQuery(m_selection, currentItemSort(), m_inboxId);
     try {
         if (query) {
-            rows = m_dbQueue->read([&](Database &db) { return db.fetchAll<LibraryItem>(query->sql, query->arguments); });
+            // The counts already tell how many rows come, which spares the list its regrowth.
+            rows.reserve(expectedRowCount());
+            m_dbQueue->read([&](Database &db) {
+                db.forEach(query->sql, query->arguments, [&](const Row &row) { rows.append(LibraryItem::fromRow(row)); });
+            });
         }
     } catch (const std::exception &error) {
         systemLog(u"[Store] reloadItems failed: "_s + errorText(error));
@@ -73,9 +77,34 @@ void Store::reloadItems(bool typing)
         systemLog(QString::asprintf("[trace]   the query (incl. waiting for the db queue): %.0f ms, %d rows",
                                     elapsedMs(timer), int(rows.size())));
     }
+    if (m_defaultViewModePending)
+        applyDefaultViewMode(rows);
     publishRows(std::move(rows));
     if (m_churnTrace)
         systemLog(QString::asprintf("[trace] reloadItems total %.0f ms", elapsedMs(timer)));
+}
+
+qsizetype Store::expectedRowCount() const
+{
+    switch (m_selection.kind()) {
+    case SidebarSelection::Kind::all:
+        return m_allCount;
+    case SidebarSelection::Kind::inbox:
+        return m_inboxCount;
+    case SidebarSelection::Kind::favourites:
+        return m_favouritesCount;
+    case SidebarSelection::Kind::links:
+        return m_linksCount;
+    case SidebarSelection::Kind::trash:
+        return m_trashCount;
+    case SidebarSelection::Kind::hidden:
+        return m_hiddenCount;
+    case SidebarSelection::Kind::type:
+        return typeCount(m_selection.filter());
+    case SidebarSelection::Kind::collection:
+        return m_counts.value(m_selection.collectionId(), 0);
+    }
+    return 0;
 }
 
 void Store::applySearchResults(quint64 generation, const QList<LibraryItem> &rows)
@@ -107,8 +136,11 @@ void Store::publishRows(QList<LibraryItem> rows)
         }
     }
     if (rows != m_items) {
-        m_items = std::move(rows);
+        std::swap(m_items, rows);
+        releaseLater(std::move(rows));
         Q_EMIT itemsChanged();
+    } else {
+        releaseLater(std::move(rows));
     }
     if (m_churnTrace)
         systemLog(QString::asprintf("[trace]   handing SwiftUI the array: %.0f ms", elapsedMs(timer)));
@@ -151,11 +183,13 @@ void Store::rebuildRailSplit()
             (item.kind == u"link" ? railItems : allRows).append(item);
     }
     if (allRows != m_allRows) {
-        m_allRows = std::move(allRows);
+        std::swap(m_allRows, allRows);
+        releaseLater(std::move(allRows));
         Q_EMIT allRowsChanged();
     }
     if (railItems != m_railItems) {
-        m_railItems = std::move(railItems);
+        std::swap(m_railItems, railItems);
+        releaseLater(std::move(railItems));
         Q_EMIT railItemsChanged();
     }
 }

@@ -1,7 +1,6 @@
 #include "core/store.h"
 
 #include "core/appsettings.h"
-#include "core/itemqueries.h"
 #include "core/systemlog.h"
 #include "core/userdefaults.h"
 
@@ -118,31 +117,30 @@ void Store::setViewModeName(const QString &mode)
 
 void Store::applyStoredViewMode()
 {
-    m_applyingViewMode = true;
+    m_defaultViewModePending = false;
     const auto stored = viewModeFromRaw(UserDefaults().stringValue(viewModePrefix + m_selection.key()));
-    setViewMode(stored ? *stored : defaultViewMode());
+    if (!stored && m_selection.kind() != SidebarSelection::Kind::trash && m_dbQueue) {
+        // ### The default needs the number of rows and of links in the selection. Those are the
+        // rows the selection lists, so they are counted from the read that follows rather than by
+        // two more scans of the library (ItemQueries::liveCountQuery and linkCountQuery) at each
+        // switch.
+        m_defaultViewModePending = true;
+        return;
+    }
+    m_applyingViewMode = true;
+    setViewMode(stored.value_or(ViewMode::cards));
     m_applyingViewMode = false;
 }
 
-ViewMode Store::defaultViewMode() const
+void Store::applyDefaultViewMode(const QList<LibraryItem> &rows)
 {
-    if (m_selection.kind() == SidebarSelection::Kind::trash || !m_dbQueue)
-        return ViewMode::cards;
-    const auto live = ItemQueries::liveCountQuery(m_selection, m_inboxId);
-    const auto links = ItemQueries::linkCountQuery(m_selection, m_inboxId);
-    if (!live || !links)
-        return ViewMode::cards;
-    try {
-        const auto [total, linkCount] = m_dbQueue->read([&](Database &db) {
-            return std::pair{db.fetchScalar(live->sql, live->arguments).toLongLong(),
-                             db.fetchScalar(links->sql, links->arguments).toLongLong()};
-        });
-        // A selection of nothing but links reads best as a list.
-        return total >= 1 && linkCount == total ? ViewMode::list : ViewMode::cards;
-    } catch (const std::exception &error) {
-        systemLog(u"[Store] viewMode failed: "_s + errorText(error));
-        return ViewMode::cards;
-    }
+    m_defaultViewModePending = false;
+    const bool allLinks = !rows.isEmpty()
+        && std::all_of(rows.cbegin(), rows.cend(), [](const LibraryItem &item) { return item.kind == u"link"; });
+    // A selection of nothing but links reads best as a list.
+    m_applyingViewMode = true;
+    setViewMode(allLinks ? ViewMode::list : ViewMode::cards);
+    m_applyingViewMode = false;
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -54,7 +54,8 @@ StoreWorld::StoreWorld()
     desktop.downloads = sandbox.path() + u"/Downloads"_s;
     store.setDesktop(&desktop);
     store.initialise();
-    QTest::qWaitFor([this] { return store.didInitialLoad(); }, 5000);
+    if (!QTest::qWaitFor([this] { return store.didInitialLoad(); }, 5000))
+        qWarning("The Store's first load did not come");
 }
 
 QString Seed::item(const QString &kind, double addedAt, const std::function<void(LibraryItem &)> &tweak)

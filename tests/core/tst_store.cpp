@@ -499,7 +499,7 @@ void TestStore::trayPreviewsMergeDescendants()
             list.append(QUrl::fromLocalFile(folder + u'/' + path));
         return list;
     };
-    QCOMPARE(world.store.trayPreviews().value(parent), urls({u"c/five.png"_s, u"c/four.png"_s, u"c/three.png"_s}));
+    QTRY_COMPARE(world.store.trayPreviews().value(parent), urls({u"c/five.png"_s, u"c/four.png"_s, u"c/three.png"_s}));
     QCOMPARE(world.store.trayPreviews().value(child), urls({u"c/five.png"_s, u"c/four.png"_s, u"c/three.png"_s}));
     QCOMPARE(world.store.collectionActivityRollup().value(parent), 9.0);
     QCOMPARE(world.store.collectionLastActivity().value(child), 5.0);
