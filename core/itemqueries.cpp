@@ -15,17 +15,43 @@ QString direction(ItemSort sort)
     return sort == ItemSort::oldest ? u"ASC"_s : u"DESC"_s;
 }
 
-SqlQuery collectionRows(const QString &collectionId, ItemSort sort)
-{
-    return {u"SELECT i.* FROM item i\nJOIN itemCollection ic ON ic.itemId = i.id\n"
-            "WHERE ic.collectionId = ? AND i.deletedAt IS NULL\nORDER BY ic.addedAt "_s
-                + direction(sort),
-            {collectionId}};
-}
+/** A selection's rows as parts: what is read from, which rows, and by what they are ordered. */
+struct RowParts {
+    QString from;
+    QString where;
+    QString order;
+    QVariantList arguments;
+};
 
-SqlQuery plainRows(const QString &condition, const QString &order)
+std::optional<RowParts> rowParts(const SidebarSelection &selection, ItemSort sort, const std::optional<QString> &inboxId)
 {
-    return {u"SELECT i.* FROM item i\nWHERE "_s + condition + u"\nORDER BY "_s + order, {}};
+    const QString byAdded = u"i.addedAt "_s + direction(sort);
+    const QString item = u"item i"_s;
+    const auto inCollection = [&](const QString &id) {
+        return RowParts{u"item i\nJOIN itemCollection ic ON ic.itemId = i.id"_s,
+                        u"ic.collectionId = ? AND i.deletedAt IS NULL"_s, u"ic.addedAt "_s + direction(sort), {id}};
+    };
+    switch (selection.kind()) {
+    case SidebarSelection::Kind::all:
+        return RowParts{item, u"i.deletedAt IS NULL AND i.hiddenAt IS NULL"_s, byAdded, {}};
+    case SidebarSelection::Kind::inbox:
+        if (!inboxId)
+            return std::nullopt;
+        return inCollection(*inboxId);
+    case SidebarSelection::Kind::favourites:
+        return RowParts{item, u"i.deletedAt IS NULL AND i.favourite = 1"_s, byAdded, {}};
+    case SidebarSelection::Kind::links:
+        return RowParts{item, u"i.deletedAt IS NULL AND i.kind = 'link'"_s, byAdded, {}};
+    case SidebarSelection::Kind::trash:
+        return RowParts{item, u"i.deletedAt IS NOT NULL"_s, u"i.deletedAt DESC"_s, {}};
+    case SidebarSelection::Kind::hidden:
+        return RowParts{item, u"i.deletedAt IS NULL AND i.hiddenAt IS NOT NULL"_s, u"i.hiddenAt DESC"_s, {}};
+    case SidebarSelection::Kind::type:
+        return RowParts{item, u"i.deletedAt IS NULL AND "_s + mediaTypePredicate(selection.filter()), byAdded, {}};
+    case SidebarSelection::Kind::collection:
+        return inCollection(selection.collectionId());
+    }
+    return std::nullopt;
 }
 
 std::optional<SqlQuery> countQuery(const QString &head, const SidebarSelection &selection,
@@ -41,30 +67,19 @@ std::optional<SqlQuery> countQuery(const QString &head, const SidebarSelection &
 
 std::optional<SqlQuery> rowQuery(const SidebarSelection &selection, ItemSort sort, const std::optional<QString> &inboxId)
 {
-    const QString byAdded = u"i.addedAt "_s + direction(sort);
-    switch (selection.kind()) {
-    case SidebarSelection::Kind::all:
-        return plainRows(u"i.deletedAt IS NULL AND i.hiddenAt IS NULL"_s, byAdded);
-    case SidebarSelection::Kind::inbox:
-        if (!inboxId)
-            return std::nullopt;
-        return collectionRows(*inboxId, sort);
-    case SidebarSelection::Kind::favourites:
-        return plainRows(u"i.deletedAt IS NULL AND i.favourite = 1"_s, byAdded);
-    case SidebarSelection::Kind::links:
-        return plainRows(u"i.deletedAt IS NULL AND i.kind = 'link'"_s, byAdded);
-    case SidebarSelection::Kind::trash:
-        return plainRows(u"i.deletedAt IS NOT NULL"_s, u"i.deletedAt DESC"_s);
-    case SidebarSelection::Kind::hidden:
-        return plainRows(u"i.deletedAt IS NULL AND i.hiddenAt IS NOT NULL"_s, u"i.hiddenAt DESC"_s);
-    case SidebarSelection::Kind::type:
-        return SqlQuery{u"SELECT i.* FROM item i\nWHERE i.deletedAt IS NULL AND "_s
-                            + mediaTypePredicate(selection.filter()) + u"\nORDER BY i.addedAt "_s + direction(sort),
-                        {}};
-    case SidebarSelection::Kind::collection:
-        return collectionRows(selection.collectionId(), sort);
-    }
-    return std::nullopt;
+    const auto parts = rowParts(selection, sort, inboxId);
+    if (!parts)
+        return std::nullopt;
+    return SqlQuery{u"SELECT i.* FROM "_s + parts->from + u"\nWHERE "_s + parts->where + u"\nORDER BY "_s + parts->order,
+                    parts->arguments};
+}
+
+std::optional<SqlQuery> rowIdQuery(const SidebarSelection &selection, const std::optional<QString> &inboxId)
+{
+    const auto parts = rowParts(selection, ItemSort::newest, inboxId);
+    if (!parts)
+        return std::nullopt;
+    return SqlQuery{u"SELECT i.id FROM "_s + parts->from + u"\nWHERE "_s + parts->where, parts->arguments};
 }
 
 std::optional<SqlQuery> scopeClause(const SidebarSelection &selection, const std::optional<QString> &inboxId)

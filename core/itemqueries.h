@@ -31,6 +31,10 @@ namespace ItemQueries {
 [[nodiscard]] std::optional<SqlQuery> rowQuery(const SidebarSelection &selection, ItemSort sort,
                                                const std::optional<QString> &inboxId);
 
+/** The ids of the same rows, in no order: for statements that only ask which rows are in. */
+[[nodiscard]] std::optional<SqlQuery> rowIdQuery(const SidebarSelection &selection,
+                                                 const std::optional<QString> &inboxId);
+
 /**
  * The clause that keeps a statement over `item i` inside a selection ("AND i.favourite = 1"...),
  * with its argument. Trash has the empty clause; the inbox without an id has none (nullopt).

@@ -588,6 +588,8 @@ private:
     QString m_searchText;
     quint64 m_searchGeneration = 0;
     SearchRunner m_searchRunner;
+    /** The rows on show came from a search, not from the selection's row query. */
+    bool m_rowsFromSearch = false;
     std::optional<ItemSort> m_itemSortOverride;
     QHash<QString, bool> m_railSplitOverride;
     QHash<QString, QString> m_scrollAnchors;

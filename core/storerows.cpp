@@ -53,10 +53,12 @@ void Store::reloadItems(bool typing)
     ++m_searchGeneration;
     const QString trimmed = m_searchText.trimmed();
     if (!trimmed.isEmpty() && m_searchRunner) {
+        m_rowsFromSearch = true;
         m_searchRunner(SearchRequest{trimmed, m_selection, m_inboxId, typing, m_searchGeneration});
         return;
     }
 
+    m_rowsFromSearch = false;
     QElapsedTimer timer;
     timer.start();
     QList<LibraryItem> rows;
@@ -205,28 +207,39 @@ void Store::reloadTagNames()
 {
     QHash<QString, QStringList> names;
     if (m_dbQueue && tagNamesNeeded() && !m_items.isEmpty()) {
-        QStringList ids;
-        ids.reserve(m_items.size());
-        for (const LibraryItem &item : std::as_const(m_items))
-            ids.append(item.id);
+        const QString head = u"SELECT it.itemId AS itemId, t.name AS name\nFROM itemTag it JOIN tag t ON t.id = it.tagId\n"
+                             "WHERE it.itemId IN ("_s;
+        const QString tail = u") AND it.status >= 0\nORDER BY t.name ASC"_s;
+        const auto collect = [&](const Row &row) { names[row.text(0)].append(row.text(1)); };
         try {
-            // ### One statement per chunk: SQLite caps the arguments of one statement, and a large
-            // selection would exceed the cap.
             m_dbQueue->read([&](Database &db) {
-                QVariantList arguments;
-                for (qsizetype start = 0; start < ids.size(); start += ItemQueries::maxListLength) {
-                    arguments.clear();
-                    const QString marks = ItemQueries::placeholders(ids.mid(start, ItemQueries::maxListLength), arguments);
-                    db.forEach(u"SELECT it.itemId AS itemId, t.name AS name\n"
-                               "FROM itemTag it JOIN tag t ON t.id = it.tagId\n"
-                               "WHERE it.itemId IN ("_s
-                                   + marks + u") AND it.status >= 0\nORDER BY t.name ASC"_s,
-                               arguments, [&](const Row &row) { names[row.text(0)].append(row.text(1)); });
+                const auto rows = ItemQueries::rowIdQuery(m_selection, m_inboxId);
+                if (m_items.size() <= ItemQueries::maxListLength || m_rowsFromSearch || !rows) {
+                    QStringList ids;
+                    for (const LibraryItem &item : std::as_const(m_items))
+                        ids.append(item.id);
+                    QVariantList arguments;
+                    for (qsizetype start = 0; start < ids.size(); start += ItemQueries::maxListLength) {
+                        arguments.clear();
+                        const QString marks = ItemQueries::placeholders(ids.mid(start, ItemQueries::maxListLength), arguments);
+                        db.forEach(head + marks + tail, arguments, collect);
+                    }
+                    return;
                 }
+                // ### A long list is named by the selection's own row query instead of one argument
+                // per row: binding a hundred thousand ids costs far more than the tags themselves.
+                // The query may name rows the view's kinds leave out; their tags are dropped below.
+                db.forEach(head + rows->sql + tail, rows->arguments, collect);
             });
         } catch (const std::exception &error) {
             systemLog(u"[Store] reloadTagNames failed: "_s + errorText(error));
             return;
+        }
+        if (m_items.size() > ItemQueries::maxListLength && !m_rowsFromSearch && !names.isEmpty()) {
+            QSet<QString> shown;
+            for (const LibraryItem &item : std::as_const(m_items))
+                shown.insert(item.id);
+            names.removeIf([&](const auto &entry) { return !shown.contains(entry.key()); });
         }
     }
     if (names == m_tagNamesByItem)

@@ -38,6 +38,7 @@ private Q_SLOTS:
     void viewKindsFilterRows();
 
     void tagChipsOnlyWhenShown();
+    void tagChipsOnALongList();
     void tintFollowsTheRows();
     void accent_data();
     void accent();
@@ -365,6 +366,41 @@ void TestStore::tagChipsOnlyWhenShown()
     QVERIFY(world.store.tagNamesByItem().isEmpty()); // the list's column counts only in the list
     world.store.setViewModeName(u"list"_s);
     QCOMPARE(world.store.tagNames(tagged).size(), 3);
+}
+
+void TestStore::tagChipsOnALongList()
+{
+    StoreWorld world;
+    QStringList tagged;
+    QString video;
+    world.seed([&](test::Seed &seed) {
+        seed.db().execute(u"INSERT INTO tag (id, name) VALUES ('t-sea', 'sea'), ('t-dune', 'dune')"_s);
+        for (int i = 0; i < 700; ++i) {
+            const QString id = seed.item(u"image"_s, i + 1);
+            if (i % 100 == 0) {
+                tagged.append(id);
+                seed.db().execute(u"INSERT INTO itemTag (itemId, tagId, source, status, addedAt) VALUES (?, 't-sea', 'user', 'accepted', 1), "
+                                  "(?, 't-dune', 'ai', 'suggested', 1)"_s,
+                                  {id, id});
+            }
+        }
+        video = seed.item(u"video"_s, 900);
+        seed.db().execute(u"INSERT INTO itemTag (itemId, tagId, source, status, addedAt) VALUES (?, 't-sea', 'user', 'accepted', 1)"_s,
+                          {video});
+    });
+    world.store.reloadItems();
+    world.settings.setCardShowTags(true);
+    QCOMPARE(world.store.items().size(), 701);
+    QCOMPARE(world.store.tagNamesByItem().size(), 8);
+    for (const QString &id : tagged)
+        QCOMPARE(world.store.tagNames(id), (QStringList{u"dune"_s, u"sea"_s}));
+    QCOMPARE(world.store.tagNames(video), QStringList{u"sea"_s});
+
+    // A view that leaves videos out shows no chips for them either.
+    world.settings.setAllViewKinds({u"image"_s});
+    QCOMPARE(world.store.items().size(), 700);
+    QCOMPARE(world.store.tagNamesByItem().size(), 7);
+    QVERIFY(world.store.tagNames(video).isEmpty());
 }
 
 void TestStore::tintFollowsTheRows()
