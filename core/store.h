@@ -158,6 +158,11 @@ public:
     void adoptQueue(std::shared_ptr<DatabaseQueue> queue, const QString &libraryRoot);
     /** Gives the Store the desktop it hands items to (clipboard, file manager, Downloads). */
     void setDesktop(Desktop *desktop);
+    /**
+     * Type counts and tray previews feed only the window's sidebar and are read on a worker; a
+     * headless command, which has no window and no event loop to receive them, turns them off.
+     */
+    void setSidebarExtrasEnabled(bool enabled) { m_sidebarExtrasEnabled = enabled; }
     /** Turns the "[trace]" timing lines on or off; the window reads "--churn-trace" once. */
     void setChurnTrace(bool on) { m_churnTrace = on; }
     [[nodiscard]] bool churnTrace() const { return m_churnTrace; }
@@ -550,6 +555,7 @@ private:
     std::optional<QString> m_inboxId;
     bool m_didInitialLoad = false;
     bool m_churnTrace = false;
+    bool m_sidebarExtrasEnabled = true;
 
     QList<LibraryCollection> m_collections;
     std::optional<LibraryCollection> m_inboxCollection;

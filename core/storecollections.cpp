@@ -110,8 +110,10 @@ void Store::reloadCollections()
         m_collectionActivityRollup = std::move(rollup);
         Q_EMIT collectionActivityChanged();
     }
-    reloadTypeCounts();
-    reloadTrayPreviews();
+    if (m_sidebarExtrasEnabled) {
+        reloadTypeCounts();
+        reloadTrayPreviews();
+    }
     // The semantic icon pass for collections without an icon joins here once icons are chosen.
 }
 

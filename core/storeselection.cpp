@@ -101,9 +101,10 @@ void Store::setViewMode(ViewMode mode)
         return;
     m_viewMode = mode;
     Q_EMIT viewModeChanged();
-    rebuildRailSplit();
+    // A mode applied for a selection is followed by the rows' reload, which splits them anew.
     if (m_applyingViewMode)
         return;
+    rebuildRailSplit();
     // Only a user's choice is stored, so a default never sticks.
     UserDefaults().setValue(viewModePrefix + m_selection.key(), rawString(mode));
     reloadTagNames();

@@ -12,6 +12,7 @@ std::unique_ptr<HeadlessStore> HeadlessStore::open(QString *failure)
     std::unique_ptr<HeadlessStore> opened(new HeadlessStore);
     opened->m_settings = std::make_unique<AppSettings>();
     opened->m_store = std::make_unique<Store>(opened->m_settings.get());
+    opened->m_store->setSidebarExtrasEnabled(false);
     opened->m_store->adoptQueue(library->sharedQueue(), library->root());
     opened->m_library = std::move(library);
     opened->m_store->reloadCollections();
