@@ -8,8 +8,8 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QRandomGenerator>
 #include <QSettings>
 #include <QStandardPaths>
@@ -87,7 +87,8 @@ QList<QString> seed(DatabaseQueue &queue, const QList<QString> &collections, con
             item.id = newIdentifier();
             item.kind = kinds.at(i % kinds.size());
             item.title = u"Saved thing number "_s + QString::number(i);
-            item.sourceURL = u"https://example.org/articles/"_s + QString::number(i) + u"/a-rather-long-slug-for-the-page"_s;
+            item.sourceURL
+                = u"https://example.org/articles/"_s + QString::number(i) + u"/a-rather-long-slug-for-the-page"_s;
             if (item.kind != u"link" && item.kind != u"text") {
                 item.filePath = u"2024-"_s + QString::number(1 + i % 12).rightJustified(2, u'0') + u"/saved-thing-"_s
                     + QString::number(i) + u".png"_s;
@@ -156,8 +157,9 @@ int main(int argc, char **argv)
     }
 
     const auto line = [&](const QString &what, const Figures &figures) {
-        out << what.leftJustified(52) << QString::asprintf("median %6.1f ms   worst %6.1f ms   cpu median %6.1f ms", figures.median,
-                                                      figures.worst, figures.cpuMedian)
+        out << what.leftJustified(52)
+            << QString::asprintf("median %6.1f ms   worst %6.1f ms   cpu median %6.1f ms", figures.median,
+                   figures.worst, figures.cpuMedian)
             << Qt::endl;
     };
 
@@ -166,14 +168,15 @@ int main(int argc, char **argv)
     for (qsizetype c = 0; c < sizes.size(); ++c) {
         const QString id = collections.at(c);
         line(u"switch All -> collection of %1"_s.arg(sizes.at(c)),
-             measure([&] { store.setSelection(SidebarSelection::all()); },
-                     [&] { store.setSelection(SidebarSelection::collection(id)); }));
+            measure([&] { store.setSelection(SidebarSelection::all()); },
+                [&] { store.setSelection(SidebarSelection::collection(id)); }));
     }
     line(u"switch collection of 200 -> All"_s,
-         measure([&] { store.setSelection(SidebarSelection::collection(collections.first())); },
-                 [&] { store.setSelection(SidebarSelection::all()); }));
-    line(u"switch All -> Images"_s, measure([&] { store.setSelection(SidebarSelection::all()); },
-                                             [&] { store.setSelection(SidebarSelection::type(MediaTypeFilter::image)); }));
+        measure([&] { store.setSelection(SidebarSelection::collection(collections.first())); },
+            [&] { store.setSelection(SidebarSelection::all()); }));
+    line(u"switch All -> Images"_s,
+        measure([&] { store.setSelection(SidebarSelection::all()); },
+            [&] { store.setSelection(SidebarSelection::type(MediaTypeFilter::image)); }));
     store.setSelection(SidebarSelection::all());
     settings.setCardShowTags(true);
     line(u"reloadItems, All, with tag chips"_s, measure({}, [&] { store.reloadItems(); }));

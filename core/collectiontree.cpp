@@ -28,7 +28,8 @@ QHash<QString, QList<LibraryCollection>> childrenByParent(const QList<LibraryCol
         known.insert(collection.id);
     QHash<QString, QList<LibraryCollection>> children;
     for (const LibraryCollection &collection : collections) {
-        const QString parent = collection.parentId && known.contains(*collection.parentId) && *collection.parentId != collection.id
+        const QString parent
+            = collection.parentId && known.contains(*collection.parentId) && *collection.parentId != collection.id
             ? *collection.parentId
             : QString();
         children[parent].append(collection);
@@ -38,8 +39,8 @@ QHash<QString, QList<LibraryCollection>> childrenByParent(const QList<LibraryCol
 
 } // namespace
 
-QList<LibraryCollection> orderSiblings(QList<LibraryCollection> siblings, CollectionSort sort, bool reversed,
-                                       const QHash<QString, double> &rollup)
+QList<LibraryCollection> orderSiblings(
+    QList<LibraryCollection> siblings, CollectionSort sort, bool reversed, const QHash<QString, double> &rollup)
 {
     std::function<bool(const LibraryCollection &, const LibraryCollection &)> before;
     switch (sort) {
@@ -71,7 +72,7 @@ QList<LibraryCollection> orderSiblings(QList<LibraryCollection> siblings, Collec
 }
 
 QList<CollectionTreeRow> flatten(const QList<LibraryCollection> &collections, CollectionSort sort, bool reversed,
-                                 const QHash<QString, double> &rollup, const QSet<QString> &collapsed)
+    const QHash<QString, double> &rollup, const QSet<QString> &collapsed)
 {
     const auto children = childrenByParent(collections);
     QList<CollectionTreeRow> rows;
@@ -108,8 +109,8 @@ QList<LibraryCollection> pinned(const QList<LibraryCollection> &collections)
     return result;
 }
 
-QHash<QString, double> activityRollup(const QList<LibraryCollection> &collections,
-                                      const QHash<QString, double> &lastActivity)
+QHash<QString, double> activityRollup(
+    const QList<LibraryCollection> &collections, const QHash<QString, double> &lastActivity)
 {
     QHash<QString, QStringList> childIds;
     for (const LibraryCollection &collection : collections) {

@@ -27,20 +27,19 @@ namespace CollectionTree {
 
 /** Siblings in sidebar order: manual (sortIndex, name), name, recentlyUsed (roll-up, larger first;
  *  ties and missing values by name), recentlyCreated (createdAt, newest first); then reversed if asked. */
-[[nodiscard]] QList<LibraryCollection> orderSiblings(QList<LibraryCollection> siblings, CollectionSort sort,
-                                                     bool reversed, const QHash<QString, double> &rollup);
+[[nodiscard]] QList<LibraryCollection> orderSiblings(
+    QList<LibraryCollection> siblings, CollectionSort sort, bool reversed, const QHash<QString, double> &rollup);
 
 /** The whole tree depth first, siblings in sidebar order; children of ids in `collapsed` are left out. */
 [[nodiscard]] QList<CollectionTreeRow> flatten(const QList<LibraryCollection> &collections, CollectionSort sort,
-                                               bool reversed, const QHash<QString, double> &rollup,
-                                               const QSet<QString> &collapsed = {});
+    bool reversed, const QHash<QString, double> &rollup, const QSet<QString> &collapsed = {});
 
 /** The pinned collections, by `pinnedAt`, earliest first. */
 [[nodiscard]] QList<LibraryCollection> pinned(const QList<LibraryCollection> &collections);
 
 /** Per collection, the largest last activity of itself and all its descendants. */
-[[nodiscard]] QHash<QString, double> activityRollup(const QList<LibraryCollection> &collections,
-                                                    const QHash<QString, double> &lastActivity);
+[[nodiscard]] QHash<QString, double> activityRollup(
+    const QList<LibraryCollection> &collections, const QHash<QString, double> &lastActivity);
 
 /** The given ids and all their descendants, each once, the given ones first. */
 [[nodiscard]] QStringList withDescendants(const QList<LibraryCollection> &collections, const QStringList &ids);

@@ -23,13 +23,14 @@ struct RowParts {
     QVariantList arguments;
 };
 
-std::optional<RowParts> rowParts(const SidebarSelection &selection, ItemSort sort, const std::optional<QString> &inboxId)
+std::optional<RowParts> rowParts(
+    const SidebarSelection &selection, ItemSort sort, const std::optional<QString> &inboxId)
 {
     const QString byAdded = u"i.addedAt "_s + direction(sort);
     const QString item = u"item i"_s;
     const auto inCollection = [&](const QString &id) {
         return RowParts{u"item i\nJOIN itemCollection ic ON ic.itemId = i.id"_s,
-                        u"ic.collectionId = ? AND i.deletedAt IS NULL"_s, u"ic.addedAt "_s + direction(sort), {id}};
+            u"ic.collectionId = ? AND i.deletedAt IS NULL"_s, u"ic.addedAt "_s + direction(sort), {id}};
     };
     switch (selection.kind()) {
     case SidebarSelection::Kind::all:
@@ -54,8 +55,8 @@ std::optional<RowParts> rowParts(const SidebarSelection &selection, ItemSort sor
     return std::nullopt;
 }
 
-std::optional<SqlQuery> countQuery(const QString &head, const SidebarSelection &selection,
-                                   const std::optional<QString> &inboxId)
+std::optional<SqlQuery> countQuery(
+    const QString &head, const SidebarSelection &selection, const std::optional<QString> &inboxId)
 {
     auto clause = scopeClause(selection, inboxId);
     if (!clause)
@@ -65,13 +66,15 @@ std::optional<SqlQuery> countQuery(const QString &head, const SidebarSelection &
 
 } // namespace
 
-std::optional<SqlQuery> rowQuery(const SidebarSelection &selection, ItemSort sort, const std::optional<QString> &inboxId)
+std::optional<SqlQuery> rowQuery(
+    const SidebarSelection &selection, ItemSort sort, const std::optional<QString> &inboxId)
 {
     const auto parts = rowParts(selection, sort, inboxId);
     if (!parts)
         return std::nullopt;
-    return SqlQuery{u"SELECT i.* FROM "_s + parts->from + u"\nWHERE "_s + parts->where + u"\nORDER BY "_s + parts->order,
-                    parts->arguments};
+    return SqlQuery{
+        u"SELECT i.* FROM "_s + parts->from + u"\nWHERE "_s + parts->where + u"\nORDER BY "_s + parts->order,
+        parts->arguments};
 }
 
 std::optional<SqlQuery> rowIdQuery(const SidebarSelection &selection, const std::optional<QString> &inboxId)
@@ -84,7 +87,8 @@ std::optional<SqlQuery> rowIdQuery(const SidebarSelection &selection, const std:
 
 std::optional<SqlQuery> scopeClause(const SidebarSelection &selection, const std::optional<QString> &inboxId)
 {
-    const QString inCollection = u"AND EXISTS (SELECT 1 FROM itemCollection ic WHERE ic.itemId = i.id AND ic.collectionId = ?)"_s;
+    const QString inCollection
+        = u"AND EXISTS (SELECT 1 FROM itemCollection ic WHERE ic.itemId = i.id AND ic.collectionId = ?)"_s;
     switch (selection.kind()) {
     case SidebarSelection::Kind::collection:
         return SqlQuery{inCollection, {selection.collectionId()}};
@@ -115,7 +119,8 @@ std::optional<SqlQuery> liveCountQuery(const SidebarSelection &selection, const 
 
 std::optional<SqlQuery> linkCountQuery(const SidebarSelection &selection, const std::optional<QString> &inboxId)
 {
-    return countQuery(u"SELECT COUNT(*) FROM item i WHERE i.deletedAt IS NULL AND i.kind = 'link' "_s, selection, inboxId);
+    return countQuery(
+        u"SELECT COUNT(*) FROM item i WHERE i.deletedAt IS NULL AND i.kind = 'link' "_s, selection, inboxId);
 }
 
 QString placeholders(const QStringList &values, QVariantList &arguments)

@@ -28,26 +28,26 @@ namespace ItemQueries {
  * `oldest` by ASC, except Trash (by deletedAt) and Hidden (by hiddenAt), always newest first.
  * The inbox needs its id; without one there are no rows (nullopt).
  */
-[[nodiscard]] std::optional<SqlQuery> rowQuery(const SidebarSelection &selection, ItemSort sort,
-                                               const std::optional<QString> &inboxId);
+[[nodiscard]] std::optional<SqlQuery> rowQuery(
+    const SidebarSelection &selection, ItemSort sort, const std::optional<QString> &inboxId);
 
 /** The ids of the same rows, in no order: for statements that only ask which rows are in. */
-[[nodiscard]] std::optional<SqlQuery> rowIdQuery(const SidebarSelection &selection,
-                                                 const std::optional<QString> &inboxId);
+[[nodiscard]] std::optional<SqlQuery> rowIdQuery(
+    const SidebarSelection &selection, const std::optional<QString> &inboxId);
 
 /**
  * The clause that keeps a statement over `item i` inside a selection ("AND i.favourite = 1"...),
  * with its argument. Trash has the empty clause; the inbox without an id has none (nullopt).
  */
-[[nodiscard]] std::optional<SqlQuery> scopeClause(const SidebarSelection &selection,
-                                                  const std::optional<QString> &inboxId);
+[[nodiscard]] std::optional<SqlQuery> scopeClause(
+    const SidebarSelection &selection, const std::optional<QString> &inboxId);
 
 /** "SELECT COUNT(*) FROM item i WHERE i.deletedAt IS NULL " and the scope clause. */
-[[nodiscard]] std::optional<SqlQuery> liveCountQuery(const SidebarSelection &selection,
-                                                     const std::optional<QString> &inboxId);
+[[nodiscard]] std::optional<SqlQuery> liveCountQuery(
+    const SidebarSelection &selection, const std::optional<QString> &inboxId);
 /** The same count limited to links. */
-[[nodiscard]] std::optional<SqlQuery> linkCountQuery(const SidebarSelection &selection,
-                                                     const std::optional<QString> &inboxId);
+[[nodiscard]] std::optional<SqlQuery> linkCountQuery(
+    const SidebarSelection &selection, const std::optional<QString> &inboxId);
 
 /**
  * "?, ?, ?" for an IN list of `count` values, padded to a small set of lengths so that the

@@ -50,7 +50,7 @@ public:
     bool operator==(const SidebarSelection &other) const;
 
 private:
-    explicit SidebarSelection(Kind kind) : m_kind(kind) {}
+    explicit SidebarSelection(Kind kind) : m_kind(kind) { }
 
     Kind m_kind = Kind::all;
     MediaTypeFilter m_filter = MediaTypeFilter::image;

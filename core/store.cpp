@@ -21,9 +21,7 @@ const QStringList phantomViewModes{u"moodboard"_s, u"grid"_s, u"card"_s};
 
 } // namespace
 
-Store::Store(AppSettings *settings, QObject *parent)
-    : QObject(parent)
-    , m_settings(settings)
+Store::Store(AppSettings *settings, QObject *parent) : QObject(parent), m_settings(settings)
 {
     if (QCoreApplication::instance())
         m_churnTrace = QCoreApplication::arguments().contains(u"--churn-trace"_s);
@@ -136,8 +134,8 @@ void Store::ensureInbox()
         return;
     try {
         m_inboxId = m_dbQueue->write([](Database &db) {
-            const QVariant existing =
-                db.fetchScalar(u"SELECT id FROM collection WHERE isInbox = 1 AND deletedAt IS NULL"_s);
+            const QVariant existing
+                = db.fetchScalar(u"SELECT id FROM collection WHERE isInbox = 1 AND deletedAt IS NULL"_s);
             if (existing.isValid())
                 return existing.toString();
             LibraryCollection inbox;
@@ -162,7 +160,7 @@ void Store::retireBoardObjects()
         m_dbQueue->write([](Database &db) {
             db.execute(u"UPDATE boardObject SET deletedAt = ?\nWHERE deletedAt IS NULL AND kind IN "
                        "('ink','rect','ellipse','arrow','line','sticky','text')"_s,
-                       {nowSeconds()});
+                {nowSeconds()});
         });
     } catch (const std::exception &error) {
         systemLog(u"[Store] retireOrphanedBoardObjects failed: "_s + errorText(error));
@@ -179,7 +177,7 @@ void Store::reloadAll()
     const double total = double(timer.nsecsElapsed()) / 1e6;
     if (m_churnTrace) {
         systemLog(QString::asprintf("[trace] reloadAll: collections %.0f ms, items %.0f ms (total %.0f)", collections,
-                                    total - collections, total));
+            total - collections, total));
     }
 }
 
@@ -205,9 +203,8 @@ std::optional<LibraryItem> Store::itemById(const QString &id) const
     if (!m_dbQueue || id.isEmpty())
         return std::nullopt;
     try {
-        return m_dbQueue->read([&](Database &db) {
-            return db.fetchOne<LibraryItem>(u"SELECT * FROM item WHERE id = ?"_s, {id});
-        });
+        return m_dbQueue->read(
+            [&](Database &db) { return db.fetchOne<LibraryItem>(u"SELECT * FROM item WHERE id = ?"_s, {id}); });
     } catch (const std::exception &error) {
         systemLog(u"[Store] itemById failed: "_s + errorText(error));
         return std::nullopt;

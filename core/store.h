@@ -90,13 +90,15 @@ class Store : public QObject
     /** Collapsed ids of the sidebar tree, saved at every change. */
     Q_PROPERTY(QStringList collapsedCollections READ collapsedCollectionList NOTIFY collapsedCollectionsChanged)
     /** The collection just created from the sidebar, for it to start a rename; empty otherwise. */
-    Q_PROPERTY(QString freshCollectionId READ freshCollectionId WRITE setFreshCollectionId NOTIFY freshCollectionIdChanged)
+    Q_PROPERTY(
+        QString freshCollectionId READ freshCollectionId WRITE setFreshCollectionId NOTIFY freshCollectionIdChanged)
     /** What is being renamed in place: "item", "collection" or empty, and its id. */
     Q_PROPERTY(QString renameTargetKind READ renameTargetKind NOTIFY renamingChanged)
     Q_PROPERTY(QString renameTargetId READ renameTargetId NOTIFY renamingChanged)
     /** Whether an undo of the last deletion of collections is waiting. */
     Q_PROPERTY(bool canUndoDelete READ canUndoDelete NOTIFY pendingBoardUndoChanged)
-    Q_PROPERTY(QStringList selectedCollectionIds READ selectedCollectionIdList WRITE setSelectedCollectionIdList NOTIFY selectedCollectionIdsChanged)
+    Q_PROPERTY(QStringList selectedCollectionIds READ selectedCollectionIdList WRITE setSelectedCollectionIdList NOTIFY
+            selectedCollectionIdsChanged)
 
     // Selection and history
     /** The selection key of the sidebar's selection ("all", "type-image", a collection id...). */
@@ -112,17 +114,21 @@ class Store : public QObject
     Q_PROPERTY(int allRowCount READ allRowCount NOTIFY allRowsChanged)
     Q_PROPERTY(int railItemCount READ railItemCount NOTIFY railItemsChanged)
     /** The item the capture card is deciding on; shown in neither `allRows` nor `railItems`. */
-    Q_PROPERTY(QString capturePendingItemId READ capturePendingItemId WRITE setCapturePendingItemId NOTIFY capturePendingItemIdChanged)
+    Q_PROPERTY(QString capturePendingItemId READ capturePendingItemId WRITE setCapturePendingItemId NOTIFY
+            capturePendingItemIdChanged)
     /** One colour for the current rows, invalid when there is none; QML animates changes. */
     Q_PROPERTY(QColor collectionTint READ collectionTint NOTIFY collectionTintChanged)
-    Q_PROPERTY(bool extensionHasClipped READ extensionHasClipped WRITE setExtensionHasClipped NOTIFY extensionHasClippedChanged)
+    Q_PROPERTY(bool extensionHasClipped READ extensionHasClipped WRITE setExtensionHasClipped NOTIFY
+            extensionHasClippedChanged)
 
     // Multi-selection of items
     /** The one focused item; empty for none. */
     Q_PROPERTY(QString selectedItemId READ selectedItemId WRITE selectItem NOTIFY selectedItemIdChanged)
     /** The multi-selection, in the order of the rows; empty outside it. */
-    Q_PROPERTY(QStringList selectedItemIds READ selectedItemIdList WRITE setSelectedItemIdList NOTIFY selectedItemIdsChanged)
-    Q_PROPERTY(QString selectionAnchorId READ selectionAnchorId WRITE setSelectionAnchorId NOTIFY selectionAnchorIdChanged)
+    Q_PROPERTY(
+        QStringList selectedItemIds READ selectedItemIdList WRITE setSelectedItemIdList NOTIFY selectedItemIdsChanged)
+    Q_PROPERTY(
+        QString selectionAnchorId READ selectionAnchorId WRITE setSelectionAnchorId NOTIFY selectionAnchorIdChanged)
     /** The item the details panel shows; empty when closed. */
     Q_PROPERTY(QString detailsItemId READ detailsItemId WRITE setDetailsItemId NOTIFY detailsItemIdChanged)
 
@@ -247,7 +253,10 @@ public:
     [[nodiscard]] bool extensionHasClipped() const { return m_extensionHasClipped; }
     void setExtensionHasClipped(bool clipped);
     /** A remembered scroll anchor per selection key (the top card when the selection was left). */
-    [[nodiscard]] QString scrollAnchor(const QString &selectionKey) const { return m_scrollAnchors.value(selectionKey); }
+    [[nodiscard]] QString scrollAnchor(const QString &selectionKey) const
+    {
+        return m_scrollAnchors.value(selectionKey);
+    }
     Q_INVOKABLE void setScrollAnchor(const QString &selectionKey, const QString &itemId);
 
     /** The sidebar's collection tree in its order (collectionSort, collectionSortReversed). */
@@ -356,10 +365,12 @@ public:
     /** Files several items (a multi-drag) into a collection in one transaction. */
     Q_INVOKABLE bool fileItems(const QStringList &itemIds, const QString &collectionId);
     /** Creates a collection named `name` (trimmed; empty does nothing) and files the item into it; returns the id. */
-    Q_INVOKABLE QString fileItemIntoNew(const QString &itemId, const QString &name, const QString &fromCollectionId = {});
+    Q_INVOKABLE QString fileItemIntoNew(
+        const QString &itemId, const QString &name, const QString &fromCollectionId = {});
     Q_INVOKABLE bool removeItemFromCollection(const QString &itemId, const QString &collectionId);
     /** Removes items from a collection; `announce` shows "Removed N from <name>". Clears the selection. */
-    Q_INVOKABLE bool removeItemsFromCollection(const QStringList &itemIds, const QString &collectionId, bool announce = true);
+    Q_INVOKABLE bool removeItemsFromCollection(
+        const QStringList &itemIds, const QString &collectionId, bool announce = true);
     /** Leaves an item only in the given collection. */
     Q_INVOKABLE bool keepOnlyInCollection(const QString &itemId, const QString &collectionId);
     /** Counts an opening from the launcher; modifiedAt stays. */
@@ -424,7 +435,10 @@ public:
     Q_INVOKABLE QVariantMap collectionData(const QString &id) const;
     /** The tree as maps (id, name, depth, hasChildren, count, pinned, icon, path) in sidebar order. */
     Q_INVOKABLE QVariantList collectionChoices() const;
-    Q_INVOKABLE QList<QUrl> trayPreviewUrls(const QString &collectionId) const { return m_trayPreviews.value(collectionId); }
+    Q_INVOKABLE QList<QUrl> trayPreviewUrls(const QString &collectionId) const
+    {
+        return m_trayPreviews.value(collectionId);
+    }
     Q_INVOKABLE QString semanticIcon(const QString &collectionId) const { return m_semanticIcons.value(collectionId); }
 
     [[nodiscard]] QString freshCollectionId() const { return m_freshCollectionId; }
@@ -513,9 +527,9 @@ private:
      * Runs `read` on a worker through the database queue and hands its result to `publish` on the
      * main thread, unless a newer read of the same kind (`generation`) was asked for since.
      */
-    template<typename Result>
+    template <typename Result>
     void readInBackground(quint64 &generation, const QString &name, std::function<Result(Database &)> read,
-                          std::function<void(Result)> publish);
+        std::function<void(Result)> publish);
     /** Frees a large replaced list on a worker rather than on the main thread. */
     void releaseLater(QList<LibraryItem> &&list);
     static void logFailure(const QString &operation, const std::exception &error);
@@ -625,9 +639,9 @@ private:
     QThreadPool m_workers;
 };
 
-template<typename Result>
+template <typename Result>
 void Store::readInBackground(quint64 &generation, const QString &name, std::function<Result(Database &)> read,
-                             std::function<void(Result)> publish)
+    std::function<void(Result)> publish)
 {
     if (!m_dbQueue)
         return;

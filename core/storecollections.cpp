@@ -55,13 +55,13 @@ void Store::reloadCollections()
                        "FROM itemCollection ic\n"
                        "JOIN item i ON i.id = ic.itemId AND i.deletedAt IS NULL\n"
                        "GROUP BY ic.collectionId"_s,
-                       {}, [&](const Row &row) {
-                           const QString id = row.text("cid");
-                           read.counts.insert(id, int(row.integer("n")));
-                           read.lastActivity.insert(id, row.real("last"));
-                       });
-            read.inbox = db.fetchOne<LibraryCollection>(
-                u"SELECT * FROM collection WHERE isInbox = 1 AND deletedAt IS NULL"_s);
+                {}, [&](const Row &row) {
+                    const QString id = row.text("cid");
+                    read.counts.insert(id, int(row.integer("n")));
+                    read.lastActivity.insert(id, row.real("last"));
+                });
+            read.inbox
+                = db.fetchOne<LibraryCollection>(u"SELECT * FROM collection WHERE isInbox = 1 AND deletedAt IS NULL"_s);
             // The sidebar's numbers are one family: one pass over the items gives them all.
             db.forEach(u"SELECT SUM(CASE WHEN deletedAt IS NULL AND hiddenAt IS NULL THEN 1 ELSE 0 END) AS allCount,\n"
                        "       SUM(CASE WHEN deletedAt IS NULL AND kind = 'link' THEN 1 ELSE 0 END) AS links,\n"
@@ -69,13 +69,13 @@ void Store::reloadCollections()
                        "       SUM(CASE WHEN deletedAt IS NULL AND favourite = 1 THEN 1 ELSE 0 END) AS favourites,\n"
                        "       SUM(CASE WHEN deletedAt IS NULL AND hiddenAt IS NOT NULL THEN 1 ELSE 0 END) AS hidden\n"
                        "FROM item"_s,
-                       {}, [&](const Row &row) {
-                           read.all = int(row.integer("allCount"));
-                           read.links = int(row.integer("links"));
-                           read.trash = int(row.integer("trash"));
-                           read.favourites = int(row.integer("favourites"));
-                           read.hidden = int(row.integer("hidden"));
-                       });
+                {}, [&](const Row &row) {
+                    read.all = int(row.integer("allCount"));
+                    read.links = int(row.integer("links"));
+                    read.trash = int(row.integer("trash"));
+                    read.favourites = int(row.integer("favourites"));
+                    read.hidden = int(row.integer("hidden"));
+                });
             return read;
         });
     } catch (const std::exception &error) {
@@ -92,8 +92,8 @@ void Store::reloadCollections()
     }
     const int inboxCount = m_inboxId ? snapshot.counts.value(*m_inboxId, 0) : 0;
     const bool countsDiffer = snapshot.counts != m_counts || snapshot.all != m_allCount || inboxCount != m_inboxCount
-        || snapshot.favourites != m_favouritesCount || snapshot.links != m_linksCount
-        || snapshot.trash != m_trashCount || snapshot.hidden != m_hiddenCount;
+        || snapshot.favourites != m_favouritesCount || snapshot.links != m_linksCount || snapshot.trash != m_trashCount
+        || snapshot.hidden != m_hiddenCount;
     if (countsDiffer) {
         m_counts = std::move(snapshot.counts);
         m_allCount = snapshot.all;
@@ -125,7 +125,7 @@ void Store::reloadTypeCounts()
     QStringList terms;
     for (qsizetype index = 0; index < filters.size(); ++index) {
         terms.append(u"SUM(CASE WHEN "_s + mediaTypePredicate(filters.at(index)) + u" THEN 1 ELSE 0 END) AS c"_s
-                     + QString::number(index));
+            + QString::number(index));
     }
     const QString sql = u"SELECT "_s + terms.join(u", "_s) + u" FROM item i WHERE i.deletedAt IS NULL"_s;
     readInBackground<QVariantMap>(
@@ -175,9 +175,9 @@ void Store::reloadTrayPreviews()
                        "    JOIN item i ON i.id = ic.itemId\n"
                        "    WHERE i.deletedAt IS NULL AND i.filePath IS NOT NULL\n"
                        ") WHERE rn <= 3"_s,
-                       {}, [&](const Row &row) {
-                           rows[row.text("cid")].append({row.text("filePath"), row.real("addedAt")});
-                       });
+                {}, [&](const Row &row) {
+                    rows[row.text("cid")].append({row.text("filePath"), row.real("addedAt")});
+                });
             return rows;
         },
         [this](const QHash<QString, QList<TrayPreview>> &own) { publishTrayPreviews(own); });
@@ -198,7 +198,7 @@ void Store::publishTrayPreviews(const QHash<QString, QList<TrayPreview>> &own)
         if (merged.isEmpty())
             continue;
         std::stable_sort(merged.begin(), merged.end(),
-                         [](const TrayPreview &a, const TrayPreview &b) { return a.addedAt > b.addedAt; });
+            [](const TrayPreview &a, const TrayPreview &b) { return a.addedAt > b.addedAt; });
         QList<QUrl> urls;
         for (qsizetype i = 0; i < merged.size() && urls.size() < 3; ++i)
             urls.append(QUrl::fromLocalFile(itemFolder + u'/' + merged.at(i).filePath));
@@ -216,8 +216,8 @@ void Store::publishTrayPreviews(const QHash<QString, QList<TrayPreview>> &own)
 QList<CollectionTreeRow> Store::collectionTree(bool skipCollapsed) const
 {
     return CollectionTree::flatten(m_collections, collectionSortOf(m_settings),
-                                   m_settings && m_settings->collectionSortReversed(), m_collectionActivityRollup,
-                                   skipCollapsed ? m_collapsedCollections : QSet<QString>());
+        m_settings && m_settings->collectionSortReversed(), m_collectionActivityRollup,
+        skipCollapsed ? m_collapsedCollections : QSet<QString>());
 }
 
 std::optional<LibraryCollection> Store::collectionById(const QString &id) const
@@ -242,7 +242,7 @@ QList<LibraryCollection> Store::recentCollections(int limit) const
 {
     QList<LibraryCollection> recent = m_collections;
     std::stable_sort(recent.begin(), recent.end(),
-                     [](const LibraryCollection &a, const LibraryCollection &b) { return a.modifiedAt > b.modifiedAt; });
+        [](const LibraryCollection &a, const LibraryCollection &b) { return a.modifiedAt > b.modifiedAt; });
     if (limit >= 0 && recent.size() > limit)
         recent.resize(limit);
     return recent;
@@ -257,7 +257,7 @@ QStringList Store::collectionPreviews(const QString &id) const
             QStringList paths;
             db.forEach(u"SELECT i.filePath FROM itemCollection ic JOIN item i ON i.id = ic.itemId\n"
                        "WHERE ic.collectionId = ? AND i.deletedAt IS NULL AND i.filePath IS NOT NULL"_s,
-                       {id}, [&](const Row &row) { paths.append(row.text(0)); });
+                {id}, [&](const Row &row) { paths.append(row.text(0)); });
             return paths;
         });
     } catch (const std::exception &error) {
@@ -280,10 +280,9 @@ QList<CollectionActivity> Store::collectionsByLastAddition() const
                        "WHERE c.deletedAt IS NULL AND c.isInbox = 0\n"
                        "GROUP BY c.id\n"
                        "ORDER BY lastAdd DESC NULLS LAST, c.name ASC"_s,
-                       {}, [&](const Row &row) {
-                           rows.append({row.text("id"), row.text("name"), int(row.integer("n")),
-                                        row.optionalReal("lastAdd")});
-                       });
+                {}, [&](const Row &row) {
+                    rows.append({row.text("id"), row.text("name"), int(row.integer("n")), row.optionalReal("lastAdd")});
+                });
             return rows;
         });
     } catch (const std::exception &error) {
@@ -382,7 +381,7 @@ bool Store::setCollectionIcon(const QString &id, const QString &icon)
     try {
         m_dbQueue->write([&](Database &db) {
             db.execute(u"UPDATE collection SET icon = ?, modifiedAt = ? WHERE id = ?"_s,
-                       {icon.isEmpty() ? QVariant() : QVariant(icon), nowSeconds(), id});
+                {icon.isEmpty() ? QVariant() : QVariant(icon), nowSeconds(), id});
         });
     } catch (const std::exception &error) {
         systemLog(u"[Store] setCollectionIcon failed: "_s + errorText(error));
@@ -400,7 +399,7 @@ bool Store::pinCollection(const QString &id, bool pinned)
         m_dbQueue->write([&](Database &db) {
             const double now = nowSeconds();
             db.execute(u"UPDATE collection SET pinnedAt = ?, modifiedAt = ? WHERE id = ?"_s,
-                       {pinned ? QVariant(now) : QVariant(), now, id});
+                {pinned ? QVariant(now) : QVariant(), now, id});
         });
     } catch (const std::exception &error) {
         systemLog(u"[Store] pinCollection failed: "_s + errorText(error));
@@ -436,7 +435,7 @@ bool Store::moveCollection(const QString &id, const QString &parentId)
     try {
         m_dbQueue->write([&](Database &db) {
             db.execute(u"UPDATE collection SET parentId = ?, modifiedAt = ? WHERE id = ?"_s,
-                       {parentId.isEmpty() ? QVariant() : QVariant(parentId), nowSeconds(), id});
+                {parentId.isEmpty() ? QVariant() : QVariant(parentId), nowSeconds(), id});
         });
     } catch (const std::exception &error) {
         systemLog(u"[Store] moveCollection failed: "_s + errorText(error));
@@ -462,7 +461,7 @@ bool Store::reorderCollections(const QStringList &ids, const QString &parentId)
                 if (m_inboxId && ids.at(position) == *m_inboxId)
                     continue;
                 db.execute(u"UPDATE collection SET sortIndex = ?, parentId = ?, modifiedAt = ? WHERE id = ?"_s,
-                           {position, parentId.isEmpty() ? QVariant() : QVariant(parentId), now, ids.at(position)});
+                    {position, parentId.isEmpty() ? QVariant() : QVariant(parentId), now, ids.at(position)});
             }
         });
     } catch (const std::exception &error) {
@@ -493,11 +492,10 @@ bool Store::deleteCollections(const QStringList &ids)
                 arguments.clear();
                 const QString marks = ItemQueries::placeholders(chunk, arguments);
                 db.forEach(u"SELECT itemId, collectionId, addedAt FROM itemCollection WHERE collectionId IN ("_s + marks
-                               + u")"_s,
-                           arguments, [&](const Row &row) {
-                               deleted.memberships.append(
-                                   {row.text("itemId"), row.text("collectionId"), row.real("addedAt")});
-                           });
+                        + u")"_s,
+                    arguments, [&](const Row &row) {
+                        deleted.memberships.append({row.text("itemId"), row.text("collectionId"), row.real("addedAt")});
+                    });
             }
             const double now = nowSeconds();
             for (const QString &id : doomed) {
@@ -523,9 +521,8 @@ bool Store::deleteCollections(const QStringList &ids)
     } else {
         reloadAll();
     }
-    showToast(doomed.size() == 1 ? u"Collection Deleted"_s
-                                 : QString::number(doomed.size()) + u" Collections Deleted"_s,
-              ToastAction::undoCollectionDelete);
+    showToast(doomed.size() == 1 ? u"Collection Deleted"_s : QString::number(doomed.size()) + u" Collections Deleted"_s,
+        ToastAction::undoCollectionDelete);
     return true;
 }
 
@@ -540,7 +537,7 @@ bool Store::undoDelete()
                 db.execute(u"UPDATE collection SET deletedAt = NULL WHERE id = ?"_s, {id});
             for (const DeletedBoards::Membership &membership : pending.memberships) {
                 db.execute(u"INSERT OR IGNORE INTO itemCollection (itemId, collectionId, addedAt) VALUES (?, ?, ?)"_s,
-                           {membership.itemId, membership.collectionId, membership.addedAt});
+                    {membership.itemId, membership.collectionId, membership.addedAt});
             }
         });
     } catch (const std::exception &error) {

@@ -128,8 +128,8 @@ void Store::saveToDownloads(const QStringList &itemIds)
         if (item.filePath && !item.filePath->isEmpty())
             sources.append(LibraryLocation::resolve(*item.filePath));
     }
-    const QString downloads = m_desktop ? m_desktop->downloadsFolder()
-                                        : QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
+    const QString downloads
+        = m_desktop ? m_desktop->downloadsFolder() : QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
     QPointer<Store> self(this);
     // Files can be large: the copies run on the pool and the answer comes back as a toast.
     m_workers.start([self, sources, downloads] {
@@ -151,7 +151,7 @@ void Store::saveToDownloads(const QStringList &itemIds)
                     return;
                 self->showToast(saved == 0 ? u"Nothing to save (links have no file)"_s
                                            : u"Saved "_s + QString::number(saved) + u" to Downloads"_s,
-                                ToastAction::none);
+                    ToastAction::none);
             },
             Qt::QueuedConnection);
     });

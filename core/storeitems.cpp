@@ -22,7 +22,7 @@ void applyTag(Database &db, const QString &itemId, const QString &name, double n
     }
     db.execute(u"INSERT OR IGNORE INTO itemTag (itemId, tagId, source, status, addedAt)\n"
                "VALUES (?, ?, 'user', 'accepted', ?)"_s,
-               {itemId, tagId, now});
+        {itemId, tagId, now});
 }
 
 QStringList distinct(const QStringList &ids)
@@ -99,7 +99,7 @@ bool Store::setHidden(const QStringList &ids, bool hidden)
             const double now = nowSeconds();
             for (const QString &id : unique) {
                 db.execute(u"UPDATE item SET hiddenAt = ?, modifiedAt = ? WHERE id = ?"_s,
-                           {hidden ? QVariant(now) : QVariant(), now, id});
+                    {hidden ? QVariant(now) : QVariant(), now, id});
             }
         }))
         return false;
@@ -149,7 +149,7 @@ bool Store::trashItems(const QStringList &ids)
     clearSelection();
     reloadAll();
     showToast(unique.size() == 1 ? u"Moved to Trash"_s : QString::number(unique.size()) + u" Items Moved to Trash"_s,
-              ToastAction::undoTrash);
+        ToastAction::undoTrash);
     return true;
 }
 
@@ -242,11 +242,12 @@ QList<TagInfo> Store::tags(const QString &itemId) const
         return {};
     try {
         return m_dbQueue->read([&](Database &db) {
-            return db.fetchAll<TagInfo>(u"SELECT t.id AS tagId, t.name AS name, it.source AS source, it.status AS status\n"
-                                        "FROM itemTag it JOIN tag t ON t.id = it.tagId\n"
-                                        "WHERE it.itemId = ?\n"
-                                        "ORDER BY it.status DESC, t.name ASC"_s,
-                                        {itemId});
+            return db.fetchAll<TagInfo>(
+                u"SELECT t.id AS tagId, t.name AS name, it.source AS source, it.status AS status\n"
+                "FROM itemTag it JOIN tag t ON t.id = it.tagId\n"
+                "WHERE it.itemId = ?\n"
+                "ORDER BY it.status DESC, t.name ASC"_s,
+                {itemId});
         });
     } catch (const std::exception &error) {
         systemLog(u"[Store] tags(for:) failed: "_s + errorText(error));
@@ -269,7 +270,7 @@ bool Store::acceptTag(const QString &itemId, const QString &tagId)
     if (!writeItems("acceptTag", [&](Database &db) {
             db.execute(u"INSERT OR REPLACE INTO itemTag (itemId, tagId, source, status, addedAt)\n"
                        "VALUES (?, ?, 'user', 'accepted', ?)"_s,
-                       {itemId, tagId, nowSeconds()});
+                {itemId, tagId, nowSeconds()});
         }))
         return false;
     Q_EMIT tagsChanged({itemId});
@@ -300,9 +301,9 @@ QVariantList Store::allTags() const
                        "LEFT JOIN itemTag it ON it.tagId = t.id\n"
                        "GROUP BY t.id\n"
                        "ORDER BY n DESC, t.name ASC"_s,
-                       {}, [&](const Row &row) {
-                           list.append(QVariantMap{{u"name"_s, row.text("name")}, {u"n"_s, row.integer("n")}});
-                       });
+                {}, [&](const Row &row) {
+                    list.append(QVariantMap{{u"name"_s, row.text("name")}, {u"n"_s, row.integer("n")}});
+                });
             return list;
         });
     } catch (const std::exception &error) {
@@ -319,10 +320,10 @@ bool Store::fileItem(const QString &itemId, const QString &collectionId, const Q
     if (!writeItems("fileItem", [&](Database &db) {
             const double now = nowSeconds();
             db.execute(u"INSERT OR IGNORE INTO itemCollection (itemId, collectionId, addedAt) VALUES (?, ?, ?)"_s,
-                       {itemId, collectionId, now});
+                {itemId, collectionId, now});
             if (!fromCollectionId.isEmpty() && fromCollectionId != collectionId) {
-                db.execute(u"DELETE FROM itemCollection WHERE itemId = ? AND collectionId = ?"_s,
-                           {itemId, fromCollectionId});
+                db.execute(
+                    u"DELETE FROM itemCollection WHERE itemId = ? AND collectionId = ?"_s, {itemId, fromCollectionId});
             }
             db.execute(u"UPDATE collection SET modifiedAt = ? WHERE id = ?"_s, {now, collectionId});
         }))
@@ -342,7 +343,7 @@ bool Store::fileItems(const QStringList &itemIds, const QString &collectionId)
             const double now = nowSeconds();
             for (const QString &itemId : unique) {
                 db.execute(u"INSERT OR IGNORE INTO itemCollection (itemId, collectionId, addedAt) VALUES (?, ?, ?)"_s,
-                           {itemId, collectionId, now});
+                    {itemId, collectionId, now});
             }
             db.execute(u"UPDATE collection SET modifiedAt = ? WHERE id = ?"_s, {now, collectionId});
         }))
@@ -363,10 +364,10 @@ QString Store::fileItemIntoNew(const QString &itemId, const QString &name, const
             collectionId = insertCollection(db, trimmed, std::nullopt);
             const double now = nowSeconds();
             db.execute(u"INSERT OR IGNORE INTO itemCollection (itemId, collectionId, addedAt) VALUES (?, ?, ?)"_s,
-                       {itemId, collectionId, now});
+                {itemId, collectionId, now});
             if (!fromCollectionId.isEmpty() && fromCollectionId != collectionId) {
-                db.execute(u"DELETE FROM itemCollection WHERE itemId = ? AND collectionId = ?"_s,
-                           {itemId, fromCollectionId});
+                db.execute(
+                    u"DELETE FROM itemCollection WHERE itemId = ? AND collectionId = ?"_s, {itemId, fromCollectionId});
             }
             db.execute(u"UPDATE collection SET modifiedAt = ? WHERE id = ?"_s, {now, collectionId});
         }))
@@ -394,16 +395,16 @@ bool Store::removeItemsFromCollection(const QStringList &itemIds, const QString 
         return false;
     if (!writeItems("removeItemsFromCollection", [&](Database &db) {
             for (const QString &itemId : unique) {
-                db.execute(u"DELETE FROM itemCollection WHERE itemId = ? AND collectionId = ?"_s,
-                           {itemId, collectionId});
+                db.execute(
+                    u"DELETE FROM itemCollection WHERE itemId = ? AND collectionId = ?"_s, {itemId, collectionId});
             }
         }))
         return false;
     if (announce) {
         const auto collection = collectionById(collectionId);
-        showToast(u"Removed "_s + QString::number(unique.size()) + u" from "_s
-                      + (collection ? collection->name : QString()),
-                  ToastAction::none);
+        showToast(
+            u"Removed "_s + QString::number(unique.size()) + u" from "_s + (collection ? collection->name : QString()),
+            ToastAction::none);
     }
     clearSelection();
     reloadAll();
@@ -423,7 +424,8 @@ bool Store::keepOnlyInCollection(const QString &itemId, const QString &collectio
 bool Store::recordLauncherOpen(const QString &itemId)
 {
     return writeItems("recordLauncherOpen", [&](Database &db) {
-        db.execute(u"UPDATE item SET openCount = openCount + 1, lastOpenedAt = ? WHERE id = ?"_s, {nowSeconds(), itemId});
+        db.execute(
+            u"UPDATE item SET openCount = openCount + 1, lastOpenedAt = ? WHERE id = ?"_s, {nowSeconds(), itemId});
     });
 }
 
@@ -473,8 +475,8 @@ QStringList Store::collectionsHoldingAll(const QStringList &itemIds) const
                 arguments.append(chunk.size());
                 QSet<QString> found;
                 db.forEach(u"SELECT collectionId FROM itemCollection\nWHERE itemId IN ("_s + marks
-                               + u")\nGROUP BY collectionId\nHAVING COUNT(DISTINCT itemId) = ?"_s,
-                           arguments, [&](const Row &row) { found.insert(row.text(0)); });
+                        + u")\nGROUP BY collectionId\nHAVING COUNT(DISTINCT itemId) = ?"_s,
+                    arguments, [&](const Row &row) { found.insert(row.text(0)); });
                 holding = holding ? holding->intersect(found) : found;
             }
             QStringList ids(holding->cbegin(), holding->cend());
@@ -495,7 +497,7 @@ QStringList Store::itemCollectionIds(const QString &itemId) const
         return m_dbQueue->read([&](Database &db) {
             QStringList ids;
             db.forEach(u"SELECT collectionId FROM itemCollection WHERE itemId = ?"_s, {itemId},
-                       [&](const Row &row) { ids.append(row.text(0)); });
+                [&](const Row &row) { ids.append(row.text(0)); });
             return ids;
         });
     } catch (const std::exception &error) {

@@ -68,7 +68,8 @@ void Store::reloadItems(bool typing)
             // The counts already tell how many rows come, which spares the list its regrowth.
             rows.reserve(expectedRowCount());
             m_dbQueue->read([&](Database &db) {
-                db.forEach(query->sql, query->arguments, [&](const Row &row) { rows.append(LibraryItem::fromRow(row)); });
+                db.forEach(
+                    query->sql, query->arguments, [&](const Row &row) { rows.append(LibraryItem::fromRow(row)); });
             });
         }
     } catch (const std::exception &error) {
@@ -77,7 +78,7 @@ void Store::reloadItems(bool typing)
     }
     if (m_churnTrace) {
         systemLog(QString::asprintf("[trace]   the query (incl. waiting for the db queue): %.0f ms, %d rows",
-                                    elapsedMs(timer), int(rows.size())));
+            elapsedMs(timer), int(rows.size())));
     }
     if (m_defaultViewModePending)
         applyDefaultViewMode(rows);
@@ -207,8 +208,9 @@ void Store::reloadTagNames()
 {
     QHash<QString, QStringList> names;
     if (m_dbQueue && tagNamesNeeded() && !m_items.isEmpty()) {
-        const QString head = u"SELECT it.itemId AS itemId, t.name AS name\nFROM itemTag it JOIN tag t ON t.id = it.tagId\n"
-                             "WHERE it.itemId IN ("_s;
+        const QString head
+            = u"SELECT it.itemId AS itemId, t.name AS name\nFROM itemTag it JOIN tag t ON t.id = it.tagId\n"
+              "WHERE it.itemId IN ("_s;
         const QString tail = u") AND it.status >= 0\nORDER BY t.name ASC"_s;
         const auto collect = [&](const Row &row) { names[row.text(0)].append(row.text(1)); };
         try {
@@ -221,7 +223,8 @@ void Store::reloadTagNames()
                     QVariantList arguments;
                     for (qsizetype start = 0; start < ids.size(); start += ItemQueries::maxListLength) {
                         arguments.clear();
-                        const QString marks = ItemQueries::placeholders(ids.mid(start, ItemQueries::maxListLength), arguments);
+                        const QString marks
+                            = ItemQueries::placeholders(ids.mid(start, ItemQueries::maxListLength), arguments);
                         db.forEach(head + marks + tail, arguments, collect);
                     }
                     return;
@@ -282,11 +285,11 @@ void Store::reloadCanvasPositions()
     QHash<QString, CanvasPosition> positions;
     try {
         m_dbQueue->read([&](Database &db) {
-            db.forEach(u"SELECT * FROM canvasPosition WHERE collectionKey = ?"_s, {m_selection.key()},
-                       [&](const Row &row) {
-                           const CanvasPosition position = CanvasPosition::fromRow(row);
-                           positions.insert(position.itemId, position);
-                       });
+            db.forEach(
+                u"SELECT * FROM canvasPosition WHERE collectionKey = ?"_s, {m_selection.key()}, [&](const Row &row) {
+                    const CanvasPosition position = CanvasPosition::fromRow(row);
+                    positions.insert(position.itemId, position);
+                });
         });
     } catch (const std::exception &error) {
         systemLog(u"[Store] reloadCanvasPositions failed: "_s + errorText(error));

@@ -48,8 +48,8 @@ public:
             for (const CollectionTreeRow &row : tree)
                 collections.append(describe(store, row.collection, row.depth));
             QJsonObject answer{{u"collections"_s, collections}};
-            answer.insert(u"inbox"_s, store.inboxCollection() ? QJsonValue(describe(store, *store.inboxCollection(), 0))
-                                                              : QJsonValue());
+            answer.insert(u"inbox"_s,
+                store.inboxCollection() ? QJsonValue(describe(store, *store.inboxCollection(), 0)) : QJsonValue());
             context.printJson(answer);
             return 0;
         }

@@ -16,9 +16,16 @@ Command *makeRestoreCommand();
 const QList<Command *> &allCommands()
 {
     static const QList<Command *> commands{
-        makeInfoCommand(),        makeListCommand(),     makeCollectionsCommand(), makeCollectionCommand(),
-        makeFileCommand(),        makeTagCommand(),      makeFavouriteCommand(),   makeHideCommand(),
-        makeTrashCommand(),       makeRestoreCommand(),
+        makeInfoCommand(),
+        makeListCommand(),
+        makeCollectionsCommand(),
+        makeCollectionCommand(),
+        makeFileCommand(),
+        makeTagCommand(),
+        makeFavouriteCommand(),
+        makeHideCommand(),
+        makeTrashCommand(),
+        makeRestoreCommand(),
     };
     return commands;
 }

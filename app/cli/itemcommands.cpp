@@ -79,7 +79,7 @@ int fileAction(CommandContext &context, HeadlessStore &headless, const LibraryIt
     if (!headless.store().fileItem(item.id, collection->id))
         return context.fail(u"could not file item "_s + item.id);
     return answer(context, u"Filed in "_s + collection->name,
-                  {{u"itemId"_s, item.id}, {u"collectionId"_s, collection->id}, {u"collection"_s, collection->name}});
+        {{u"itemId"_s, item.id}, {u"collectionId"_s, collection->id}, {u"collection"_s, collection->name}});
 }
 
 int tagAction(CommandContext &context, HeadlessStore &headless, const LibraryItem &item, const QStringList &rest)
@@ -129,19 +129,19 @@ int restoreAction(CommandContext &context, HeadlessStore &headless, const Librar
 Command *makeFileCommand()
 {
     return new ItemCommand(u"file"_s, u"ITEM COLLECTION"_s, u"File an item into a collection (or the inbox)"_s,
-                           {u"COLLECTION"_s}, fileAction);
+        {u"COLLECTION"_s}, fileAction);
 }
 
 Command *makeTagCommand()
 {
     return new ItemCommand(u"tag"_s, u"ITEM NAME"_s, u"Tag an item; the name is stored trimmed and in lower case"_s,
-                           {u"NAME"_s}, tagAction);
+        {u"NAME"_s}, tagAction);
 }
 
 Command *makeFavouriteCommand()
 {
-    return new ItemCommand(u"favourite"_s, u"ITEM"_s, u"Mark an item favourite, or clear the mark when it has it"_s, {},
-                           favouriteAction);
+    return new ItemCommand(
+        u"favourite"_s, u"ITEM"_s, u"Mark an item favourite, or clear the mark when it has it"_s, {}, favouriteAction);
 }
 
 Command *makeHideCommand()

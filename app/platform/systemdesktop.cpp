@@ -27,9 +27,7 @@ QList<QUrl> fileUrls(const QStringList &paths)
 
 } // namespace
 
-SystemDesktop::SystemDesktop(QDBusConnection bus, QObject *parent)
-    : QObject(parent)
-    , m_bus(std::move(bus))
+SystemDesktop::SystemDesktop(QDBusConnection bus, QObject *parent) : QObject(parent), m_bus(std::move(bus))
 {
 }
 
@@ -65,8 +63,8 @@ void SystemDesktop::revealFiles(const QStringList &paths)
     QStringList uris;
     for (const QUrl &url : fileUrls(paths))
         uris.append(url.toString(QUrl::FullyEncoded));
-    QDBusMessage call = QDBusMessage::createMethodCall(u"org.freedesktop.FileManager1"_s, u"/org/freedesktop/FileManager1"_s,
-                                                       u"org.freedesktop.FileManager1"_s, u"ShowItems"_s);
+    QDBusMessage call = QDBusMessage::createMethodCall(u"org.freedesktop.FileManager1"_s,
+        u"/org/freedesktop/FileManager1"_s, u"org.freedesktop.FileManager1"_s, u"ShowItems"_s);
     call.setArguments({uris, QString()});
     if (!m_bus.isConnected()) {
         openFolders(paths);

@@ -83,8 +83,8 @@ Outcome TestStoreCommands::run(const QStringList &arguments) const
     kivo.start(QStringLiteral(KIVO_BINARY), arguments);
     if (!kivo.waitForFinished(30000))
         return {};
-    return {kivo.exitStatus() == QProcess::NormalExit ? kivo.exitCode() : -1, QString::fromUtf8(kivo.readAllStandardOutput()),
-            QString::fromUtf8(kivo.readAllStandardError())};
+    return {kivo.exitStatus() == QProcess::NormalExit ? kivo.exitCode() : -1,
+        QString::fromUtf8(kivo.readAllStandardOutput()), QString::fromUtf8(kivo.readAllStandardError())};
 }
 
 QString TestStoreCommands::seedItem(const QString &kind, double addedAt, const QString &title) const
@@ -111,8 +111,9 @@ void TestStoreCommands::listsInTheWindowsOrder()
 
     const Outcome plain = run({u"list"_s});
     QCOMPARE(plain.exitCode, 0);
-    QCOMPARE(plain.out, newer + u"\timage\tNewer picture with a break\n"_s + link + u"\tlink\tA link\n"_s + older
-                 + u"\timage\tOlder picture\n"_s);
+    QCOMPARE(plain.out,
+        newer + u"\timage\tNewer picture with a break\n"_s + link + u"\tlink\tA link\n"_s + older
+            + u"\timage\tOlder picture\n"_s);
 
     const Outcome oldest = run({u"list"_s, u"--sort"_s, u"oldest"_s, u"--json"_s});
     QCOMPARE(oldest.exitCode, 0);
@@ -138,8 +139,9 @@ void TestStoreCommands::collectionsAreMadeAndShownAsATree()
     const Outcome rome = run({u"collection"_s, u"create"_s, u"  Rome  "_s, u"--parent"_s, travelId});
     QCOMPARE(rome.exitCode, 0);
     const QString romeId = rome.out.trimmed();
-    QCOMPARE(scalar(u"SELECT parentId || '|' || name || '|' || sortIndex FROM collection WHERE id = ?"_s, {romeId}).toString(),
-             travelId + u"|Rome|2"_s);
+    QCOMPARE(scalar(u"SELECT parentId || '|' || name || '|' || sortIndex FROM collection WHERE id = ?"_s, {romeId})
+                 .toString(),
+        travelId + u"|Rome|2"_s);
     QVERIFY(run({u"collection"_s, u"create"_s, u"Archive"_s}).exitCode == 0);
 
     const QString item = seedItem(u"image"_s, 1, u"Colosseum"_s);
@@ -152,7 +154,7 @@ void TestStoreCommands::collectionsAreMadeAndShownAsATree()
     for (const QJsonValue &row : collections) {
         const QJsonObject object = row.toObject();
         shown.append(QString::number(object.value(u"depth"_s).toInt()) + object.value(u"name"_s).toString()
-                     + QString::number(object.value(u"count"_s).toInt()));
+            + QString::number(object.value(u"count"_s).toInt()));
     }
     QCOMPARE(shown, (QStringList{u"0Travel0"_s, u"1Rome1"_s, u"0Archive0"_s}));
     QCOMPARE(tree.json().toObject().value(u"inbox"_s).toObject().value(u"name"_s).toString(), u"Inbox"_s);
@@ -165,17 +167,21 @@ void TestStoreCommands::collectionsAreMadeAndShownAsATree()
 void TestStoreCommands::itemCommandsChangeTheDatabase()
 {
     const QString item = seedItem(u"image"_s, 5, u"Poster"_s);
-    const QString inbox = run({u"collections"_s, u"--json"_s}).json().toObject().value(u"inbox"_s).toObject().value(u"id"_s).toString();
+    const QString inbox
+        = run({u"collections"_s, u"--json"_s}).json().toObject().value(u"inbox"_s).toObject().value(u"id"_s).toString();
     QVERIFY(!inbox.isEmpty());
 
     QCOMPARE(run({u"file"_s, item, inbox}).out, u"Filed in Inbox\n"_s);
-    QCOMPARE(scalar(u"SELECT COUNT(*) FROM itemCollection WHERE itemId = ? AND collectionId = ?"_s, {item, inbox}).toInt(), 1);
+    QCOMPARE(
+        scalar(u"SELECT COUNT(*) FROM itemCollection WHERE itemId = ? AND collectionId = ?"_s, {item, inbox}).toInt(),
+        1);
 
     const Outcome tagged = run({u"tag"_s, item, u"  Bold Type "_s, u"--json"_s});
     QCOMPARE(tagged.json().toObject().value(u"tag"_s).toString(), u"bold type"_s);
-    QCOMPARE(scalar(u"SELECT t.name || '|' || it.source || '|' || it.status FROM itemTag it JOIN tag t ON t.id = it.tagId"_s)
-                 .toString(),
-             u"bold type|user|accepted"_s);
+    QCOMPARE(
+        scalar(u"SELECT t.name || '|' || it.source || '|' || it.status FROM itemTag it JOIN tag t ON t.id = it.tagId"_s)
+            .toString(),
+        u"bold type|user|accepted"_s);
 
     QCOMPARE(run({u"favourite"_s, item}).out, u"Added to Favourites\n"_s);
     QCOMPARE(scalar(u"SELECT favourite FROM item WHERE id = ?"_s, {item}).toInt(), 1);
@@ -205,18 +211,24 @@ void TestStoreCommands::errorsNameTheBadId_data()
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QString>("message");
     // ITEM and COLLECTION stand for a real item and collection of the library.
-    QTest::newRow("file: unknown item") << QStringList{u"file"_s, u"nope"_s, u"COLLECTION"_s} << 1 << u"no item with id nope"_s;
-    QTest::newRow("file: unknown collection") << QStringList{u"file"_s, u"ITEM"_s, u"gone"_s} << 1 << u"no collection with id gone"_s;
+    QTest::newRow("file: unknown item") << QStringList{u"file"_s, u"nope"_s, u"COLLECTION"_s} << 1
+                                        << u"no item with id nope"_s;
+    QTest::newRow("file: unknown collection")
+        << QStringList{u"file"_s, u"ITEM"_s, u"gone"_s} << 1 << u"no collection with id gone"_s;
     QTest::newRow("trash: unknown item") << QStringList{u"trash"_s, u"ghost"_s} << 1 << u"no item with id ghost"_s;
     QTest::newRow("restore: not trashed") << QStringList{u"restore"_s, u"ITEM"_s} << 1 << u"is not in the trash"_s;
-    QTest::newRow("create: unknown parent") << QStringList{u"collection"_s, u"create"_s, u"X"_s, u"--parent"_s, u"lost"_s} << 1
-                                            << u"no collection with id lost"_s;
-    QTest::newRow("list: unknown collection") << QStringList{u"list"_s, u"--selection"_s, u"0f0f0f0f-aaaa-bbbb-cccc-000000000000"_s}
-                                              << 1 << u"no collection with id 0f0f0f0f-aaaa-bbbb-cccc-000000000000"_s;
-    QTest::newRow("tag: blank name") << QStringList{u"tag"_s, u"ITEM"_s, u"   "_s} << 2 << u"usage: kivo tag ITEM NAME"_s;
+    QTest::newRow("create: unknown parent") << QStringList{u"collection"_s, u"create"_s, u"X"_s, u"--parent"_s,
+        u"lost"_s} << 1 << u"no collection with id lost"_s;
+    QTest::newRow("list: unknown collection")
+        << QStringList{u"list"_s, u"--selection"_s, u"0f0f0f0f-aaaa-bbbb-cccc-000000000000"_s} << 1
+        << u"no collection with id 0f0f0f0f-aaaa-bbbb-cccc-000000000000"_s;
+    QTest::newRow("tag: blank name") << QStringList{u"tag"_s, u"ITEM"_s, u"   "_s} << 2
+                                     << u"usage: kivo tag ITEM NAME"_s;
     QTest::newRow("favourite: no item") << QStringList{u"favourite"_s} << 2 << u"usage: kivo favourite ITEM"_s;
-    QTest::newRow("list: bad sort") << QStringList{u"list"_s, u"--sort"_s, u"sideways"_s} << 2 << u"--sort takes newest or oldest"_s;
-    QTest::newRow("list: bad key") << QStringList{u"list"_s, u"--selection"_s, u"type-pictures"_s} << 2 << u"names no selection"_s;
+    QTest::newRow("list: bad sort") << QStringList{u"list"_s, u"--sort"_s, u"sideways"_s} << 2
+                                    << u"--sort takes newest or oldest"_s;
+    QTest::newRow("list: bad key") << QStringList{u"list"_s, u"--selection"_s, u"type-pictures"_s} << 2
+                                   << u"names no selection"_s;
     QTest::newRow("create: no name") << QStringList{u"collection"_s, u"create"_s} << 2 << u"one non-empty NAME"_s;
     QTest::newRow("collection: no verb") << QStringList{u"collection"_s, u"delete"_s, u"X"_s} << 2
                                          << u"usage: kivo collection create NAME"_s;

@@ -48,7 +48,7 @@ private:
 class Seed
 {
 public:
-    explicit Seed(Database &db) : m_db(db) {}
+    explicit Seed(Database &db) : m_db(db) { }
     /** Inserts an item; `tweak` fills in more fields before the insert. */
     QString item(const QString &kind, double addedAt, const std::function<void(LibraryItem &)> &tweak = {});
     void membership(const QString &itemId, const QString &collectionId, double addedAt);

@@ -8,7 +8,7 @@ using namespace kivo;
 namespace {
 
 LibraryCollection collection(const QString &id, const QString &name, std::optional<QString> parent = std::nullopt,
-                             qint64 sortIndex = 0, double createdAt = 0)
+    qint64 sortIndex = 0, double createdAt = 0)
 {
     LibraryCollection made;
     made.id = id;
@@ -42,14 +42,14 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("expected");
         // a: index 2, "beta", made 30, active 5; b: index 1, "Alpha", made 10, active 9;
         // c: index 1, "alpha2", made 20, no activity; d: index 3, "Gamma", made 40, active 5.
-        QTest::newRow("manual: index, then name") << int(CollectionSort::manual) << false
-                                                  << QStringList{u"b"_s, u"c"_s, u"a"_s, u"d"_s};
-        QTest::newRow("name, without regard to case") << int(CollectionSort::name) << false
-                                                      << QStringList{u"b"_s, u"c"_s, u"a"_s, u"d"_s};
+        QTest::newRow("manual: index, then name")
+            << int(CollectionSort::manual) << false << QStringList{u"b"_s, u"c"_s, u"a"_s, u"d"_s};
+        QTest::newRow("name, without regard to case")
+            << int(CollectionSort::name) << false << QStringList{u"b"_s, u"c"_s, u"a"_s, u"d"_s};
         QTest::newRow("recently used: larger first, ties by name, none last")
             << int(CollectionSort::recentlyUsed) << false << QStringList{u"b"_s, u"a"_s, u"d"_s, u"c"_s};
-        QTest::newRow("recently created: newest first") << int(CollectionSort::recentlyCreated) << false
-                                                        << QStringList{u"d"_s, u"a"_s, u"c"_s, u"b"_s};
+        QTest::newRow("recently created: newest first")
+            << int(CollectionSort::recentlyCreated) << false << QStringList{u"d"_s, u"a"_s, u"c"_s, u"b"_s};
         QTest::newRow("reversed manual") << int(CollectionSort::manual) << true
                                          << QStringList{u"d"_s, u"a"_s, u"c"_s, u"b"_s};
     }
@@ -119,15 +119,16 @@ private Q_SLOTS:
         QCOMPARE(rollup.value(u"mid"_s), 8.0);
         QCOMPARE(rollup.value(u"leaf"_s), 8.0);
         QCOMPARE(rollup.value(u"other"_s), 1.0);
-        QCOMPARE(CollectionTree::withDescendants(tree, {u"mid"_s, u"top"_s}),
-                 (QStringList{u"mid"_s, u"top"_s, u"leaf"_s}));
+        QCOMPARE(
+            CollectionTree::withDescendants(tree, {u"mid"_s, u"top"_s}), (QStringList{u"mid"_s, u"top"_s, u"leaf"_s}));
         QCOMPARE(CollectionTree::path(tree, u"leaf"_s, u" / "_s), u"Top / Mid / Leaf"_s);
         QCOMPARE(CollectionTree::path(tree, u"missing"_s, u" / "_s), QString());
     }
 
     void pinsByTime()
     {
-        QList<LibraryCollection> all{collection(u"a"_s, u"A"_s), collection(u"b"_s, u"B"_s), collection(u"c"_s, u"C"_s)};
+        QList<LibraryCollection> all{
+            collection(u"a"_s, u"A"_s), collection(u"b"_s, u"B"_s), collection(u"c"_s, u"C"_s)};
         all[0].pinnedAt = 20;
         all[2].pinnedAt = 10;
         QCOMPARE(idsOf(CollectionTree::pinned(all)), (QStringList{u"c"_s, u"a"_s}));

@@ -67,8 +67,10 @@ void TestItemQueries::initTestCase()
             item.favourite = true;
             item.hiddenAt = 38;
         });
-        const QString g = add(u"g"_s, u"image"_s, 70, [](LibraryItem &item) { item.sourceURL = u"https://x.com/someone/status/1"_s; });
-        const QString h = add(u"h"_s, u"link"_s, 80, [](LibraryItem &item) { item.sourceURL = u"https://www.instagram.com/p/abc/"_s; });
+        const QString g = add(
+            u"g"_s, u"image"_s, 70, [](LibraryItem &item) { item.sourceURL = u"https://x.com/someone/status/1"_s; });
+        const QString h = add(
+            u"h"_s, u"link"_s, 80, [](LibraryItem &item) { item.sourceURL = u"https://www.instagram.com/p/abc/"_s; });
         add(u"i"_s, u"text"_s, 90);
         add(u"j"_s, u"file"_s, 95, [](LibraryItem &item) { item.filePath = u"2024-02/clip.WAV"_s; });
         add(u"k"_s, u"image"_s, 5, [](LibraryItem &item) { item.sourceURL = u"https://notx.com/a/"_s; });
@@ -108,7 +110,8 @@ void TestItemQueries::keys_data()
     QTest::newRow("trash") << u"trash"_s << int(SidebarSelection::Kind::trash);
     QTest::newRow("hidden") << u"hidden"_s << int(SidebarSelection::Kind::hidden);
     for (const MediaTypeFilter filter : allMediaTypeFilters())
-        QTest::addRow("type-%s", qPrintable(rawString(filter))) << u"type-"_s + rawString(filter) << int(SidebarSelection::Kind::type);
+        QTest::addRow("type-%s", qPrintable(rawString(filter)))
+            << u"type-"_s + rawString(filter) << int(SidebarSelection::Kind::type);
     QTest::newRow("collection") << u"5b0c3c3e-2f0a-4c55-9d0e-0d6d3d0f4a11"_s << int(SidebarSelection::Kind::collection);
 }
 
@@ -142,7 +145,7 @@ void TestItemQueries::rowsInOrder_data()
         QTest::addRow("%s oldest", name) << key << u"oldest"_s << oldest;
     };
     both("all", u"all"_s, {u"j"_s, u"i"_s, u"h"_s, u"g"_s, u"b"_s, u"a"_s, u"k"_s},
-         {u"k"_s, u"a"_s, u"b"_s, u"g"_s, u"h"_s, u"i"_s, u"j"_s});
+        {u"k"_s, u"a"_s, u"b"_s, u"g"_s, u"h"_s, u"i"_s, u"j"_s});
     both("inbox", u"inbox"_s, {u"c"_s, u"h"_s}, {u"h"_s, u"c"_s});
     both("favourites", u"favourites"_s, {u"f"_s, u"b"_s}, {u"b"_s, u"f"_s});
     both("links", u"links"_s, {u"h"_s, u"b"_s}, {u"b"_s, u"h"_s});
@@ -212,8 +215,12 @@ void TestItemQueries::sidebarAndTypeCounts()
     QCOMPARE(store.hiddenCount(), 2);
     QCOMPARE(store.counts().value(m_boardId), 3);
     const QList<std::pair<MediaTypeFilter, int>> expected{
-        {MediaTypeFilter::image, 3},  {MediaTypeFilter::videos, 1}, {MediaTypeFilter::links, 2},
-        {MediaTypeFilter::documents, 2}, {MediaTypeFilter::tweets, 1}, {MediaTypeFilter::instagram, 1},
+        {MediaTypeFilter::image, 3},
+        {MediaTypeFilter::videos, 1},
+        {MediaTypeFilter::links, 2},
+        {MediaTypeFilter::documents, 2},
+        {MediaTypeFilter::tweets, 1},
+        {MediaTypeFilter::instagram, 1},
         {MediaTypeFilter::audio, 1},
     };
     // The type counts are read on a worker and arrive a moment later.

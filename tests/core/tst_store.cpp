@@ -53,9 +53,8 @@ void TestStore::startMakesTheInbox()
 {
     StoreWorld world;
     QVERIFY(world.store.inboxId());
-    const auto inbox = world.db().read([](Database &db) {
-        return db.fetchOne<LibraryCollection>(u"SELECT * FROM collection WHERE isInbox = 1"_s);
-    });
+    const auto inbox = world.db().read(
+        [](Database &db) { return db.fetchOne<LibraryCollection>(u"SELECT * FROM collection WHERE isInbox = 1"_s); });
     QVERIFY(inbox);
     QCOMPARE(inbox->id, *world.store.inboxId());
     QCOMPARE(inbox->name, u"Inbox"_s);
@@ -348,8 +347,9 @@ void TestStore::tagChipsOnlyWhenShown()
     world.store.addTag({tagged}, u"Apple"_s);
     world.db().write([&](Database &db) {
         db.execute(u"INSERT INTO tag (id, name) VALUES ('t-ai', 'mango')"_s);
-        db.execute(u"INSERT INTO itemTag (itemId, tagId, source, status, addedAt) VALUES (?, 't-ai', 'ai', 'suggested', 1)"_s,
-                   {tagged});
+        db.execute(
+            u"INSERT INTO itemTag (itemId, tagId, source, status, addedAt) VALUES (?, 't-ai', 'ai', 'suggested', 1)"_s,
+            {tagged});
     });
     world.store.reloadItems();
     QVERIFY(world.store.tagNamesByItem().isEmpty());
@@ -379,14 +379,16 @@ void TestStore::tagChipsOnALongList()
             const QString id = seed.item(u"image"_s, i + 1);
             if (i % 100 == 0) {
                 tagged.append(id);
-                seed.db().execute(u"INSERT INTO itemTag (itemId, tagId, source, status, addedAt) VALUES (?, 't-sea', 'user', 'accepted', 1), "
+                seed.db().execute(u"INSERT INTO itemTag (itemId, tagId, source, status, addedAt) VALUES (?, 't-sea', "
+                                  u"'user', 'accepted', 1), "
                                   "(?, 't-dune', 'ai', 'suggested', 1)"_s,
-                                  {id, id});
+                    {id, id});
             }
         }
         video = seed.item(u"video"_s, 900);
-        seed.db().execute(u"INSERT INTO itemTag (itemId, tagId, source, status, addedAt) VALUES (?, 't-sea', 'user', 'accepted', 1)"_s,
-                          {video});
+        seed.db().execute(
+            u"INSERT INTO itemTag (itemId, tagId, source, status, addedAt) VALUES (?, 't-sea', 'user', 'accepted', 1)"_s,
+            {video});
     });
     world.store.reloadItems();
     world.settings.setCardShowTags(true);
@@ -409,9 +411,9 @@ void TestStore::tintFollowsTheRows()
     const QString board = world.addCollection(u"Reds"_s);
     world.seed([&](test::Seed &seed) {
         for (int i = 0; i < 3; ++i) {
-            seed.membership(seed.item(u"image"_s, i + 1,
-                                      [](LibraryItem &item) { item.colors = u"[\"#E02020\",\"#808080\"]"_s; }),
-                            board, i + 1);
+            seed.membership(
+                seed.item(u"image"_s, i + 1, [](LibraryItem &item) { item.colors = u"[\"#E02020\",\"#808080\"]"_s; }),
+                board, i + 1);
         }
     });
     world.store.setSelectionKey(board);
@@ -517,7 +519,8 @@ void TestStore::trayPreviewsMergeDescendants()
     const QString child = world.addCollection(u"Child"_s, parent);
     world.seed([&](test::Seed &seed) {
         const auto filed = [&](const QString &collection, const QString &file, double at) {
-            seed.membership(seed.item(u"image"_s, at, [&](LibraryItem &item) { item.filePath = file; }), collection, at);
+            seed.membership(
+                seed.item(u"image"_s, at, [&](LibraryItem &item) { item.filePath = file; }), collection, at);
         };
         filed(parent, u"p/one.png"_s, 1);
         filed(parent, u"p/two.png"_s, 2);
@@ -555,7 +558,8 @@ void TestStore::canvasPositionsStackOnTop()
     QVERIFY(world.store.saveCanvasPosition(b, 5, 6, 2.0));
     QCOMPARE(world.store.canvasPositions().value(b).z, 8);
     const auto stored = world.db().read([&](Database &db) {
-        return db.fetchOne<CanvasPosition>(u"SELECT * FROM canvasPosition WHERE itemId = ? AND collectionKey = 'all'"_s, {b});
+        return db.fetchOne<CanvasPosition>(
+            u"SELECT * FROM canvasPosition WHERE itemId = ? AND collectionKey = 'all'"_s, {b});
     });
     QVERIFY(stored);
     QCOMPARE(stored->z, 8);

@@ -173,7 +173,8 @@ void TestStoreCollections::deleteParentAndUndo()
     QVERIFY(!store.canUndoDelete());
     QCOMPARE(world.scalar(u"SELECT COUNT(*) FROM collection WHERE deletedAt IS NOT NULL"_s).toInt(), 0);
     const auto added = [&](const QString &item, const QString &collection) {
-        return world.scalar(u"SELECT addedAt FROM itemCollection WHERE itemId = ? AND collectionId = ?"_s, {item, collection})
+        return world
+            .scalar(u"SELECT addedAt FROM itemCollection WHERE itemId = ? AND collectionId = ?"_s, {item, collection})
             .toDouble();
     };
     QCOMPARE(added(shared, parent), 11.0);
@@ -215,7 +216,8 @@ void TestStoreCollections::sidebarOrderFollowsTheSetting_data()
     QTest::newRow("manual") << u"manual"_s << false << QStringList{u"Zinc"_s, u"apple"_s, u"Moss"_s, u"-Kid"_s};
     QTest::newRow("name") << u"name"_s << false << QStringList{u"apple"_s, u"Moss"_s, u"-Kid"_s, u"Zinc"_s};
     // Zinc and apple had the same last addition; Moss inherits its child's later one.
-    QTest::newRow("recently used") << u"recentlyUsed"_s << false << QStringList{u"Moss"_s, u"-Kid"_s, u"apple"_s, u"Zinc"_s};
+    QTest::newRow("recently used") << u"recentlyUsed"_s << false
+                                   << QStringList{u"Moss"_s, u"-Kid"_s, u"apple"_s, u"Zinc"_s};
     QTest::newRow("recently created") << u"recentlyCreated"_s << false
                                       << QStringList{u"Moss"_s, u"-Kid"_s, u"apple"_s, u"Zinc"_s};
     QTest::newRow("name reversed") << u"name"_s << true << QStringList{u"Zinc"_s, u"Moss"_s, u"-Kid"_s, u"apple"_s};
@@ -295,7 +297,8 @@ void TestStoreCollections::activityLists()
     QVERIFY(!byAddition.at(2).lastAdd);
 
     QCOMPARE(store.collectionPreviews(busy), QStringList{u"x/a.png"_s});
-    world.db().write([&](Database &db) { db.execute(u"UPDATE collection SET modifiedAt = 1 WHERE id = ?"_s, {empty}); });
+    world.db().write(
+        [&](Database &db) { db.execute(u"UPDATE collection SET modifiedAt = 1 WHERE id = ?"_s, {empty}); });
     store.reloadCollections();
     QCOMPARE(store.recentCollections(2).size(), 2);
     QVERIFY(store.recentCollections(5).last().id == empty);

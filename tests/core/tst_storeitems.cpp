@@ -185,7 +185,7 @@ void TestStoreItems::failedWriteLogsRollsBackAndShowsNoToast()
     });
     world.db().write([&](Database &db) {
         db.executeScript(u"CREATE TRIGGER refuse BEFORE UPDATE ON item WHEN new.id = '"_s + ids.at(1)
-                         + u"' BEGIN SELECT RAISE(ABORT, 'refused'); END"_s);
+            + u"' BEGIN SELECT RAISE(ABORT, 'refused'); END"_s);
     });
     Store &store = world.store;
     const int toasts = store.toastSerial();
@@ -236,7 +236,7 @@ void TestStoreItems::tagNames()
         QVERIFY(world.store.addTag({other}, given.toUpper()));
         QCOMPARE(world.scalar(u"SELECT COUNT(*) FROM tag"_s).toInt(), 1);
         QCOMPARE(world.scalar(u"SELECT source || '/' || status FROM itemTag WHERE itemId = ?"_s, {other}).toString(),
-                 u"user/accepted"_s);
+            u"user/accepted"_s);
     }
 }
 
@@ -246,8 +246,9 @@ void TestStoreItems::aiTagKeepsItsSourceUntilAccepted()
     const QString id = world.addItem(u"image"_s, 1);
     world.db().write([&](Database &db) {
         db.execute(u"INSERT INTO tag (id, name) VALUES ('t-red', 'red')"_s);
-        db.execute(u"INSERT INTO itemTag (itemId, tagId, source, status, addedAt) VALUES (?, 't-red', 'ai', 'suggested', 1)"_s,
-                   {id});
+        db.execute(
+            u"INSERT INTO itemTag (itemId, tagId, source, status, addedAt) VALUES (?, 't-red', 'ai', 'suggested', 1)"_s,
+            {id});
     });
     Store &store = world.store;
     QVERIFY(store.addTag({id}, u"Red"_s));
@@ -261,7 +262,7 @@ void TestStoreItems::aiTagKeepsItsSourceUntilAccepted()
 
     QVERIFY(store.acceptTag(id, u"t-red"_s));
     QCOMPARE(world.scalar(u"SELECT source || '/' || status FROM itemTag WHERE tagId = 't-red'"_s).toString(),
-             u"user/accepted"_s);
+        u"user/accepted"_s);
     QVERIFY(store.removeTag(id, u"t-red"_s));
     QCOMPARE(store.tags(id).size(), 1);
     QCOMPARE(world.scalar(u"SELECT COUNT(*) FROM tag WHERE id = 't-red'"_s).toInt(), 1);
@@ -491,8 +492,9 @@ void TestStoreItems::saveToDownloads()
     // Two files of one name, copied in row order (newest first): the second gets a number.
     const QDir downloads(world.desktop.downloads);
     QCOMPARE(downloads.entryList(QDir::Files, QDir::Name), (QStringList{u"photo (2).png"_s, u"photo.png"_s}));
-    QCOMPARE(test::readFile(downloads.filePath(u"photo.png"_s)) + test::readFile(downloads.filePath(u"photo (2).png"_s)),
-             QByteArray("secondfirst"));
+    QCOMPARE(
+        test::readFile(downloads.filePath(u"photo.png"_s)) + test::readFile(downloads.filePath(u"photo (2).png"_s)),
+        QByteArray("secondfirst"));
 }
 
 void TestStoreItems::selectRangeGrowsAndShrinks()
