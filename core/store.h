@@ -540,8 +540,9 @@ private:
     void ensureInbox();
     void retireBoardObjects();
     void connectSettings();
-    // storecollections.cpp
+    // storecollectionreads.cpp
     void publishTrayPreviews(const QHash<QString, QList<TrayPreview>> &own);
+    // storecollections.cpp
     QString insertCollection(Database &db, const QString &name, const std::optional<QString> &parentId);
     void saveCollapsed();
     // storerows.cpp
