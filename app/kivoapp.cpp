@@ -1,6 +1,7 @@
 #include "app/kivoapp.h"
 
 #include "app/platform/desktopcolorscheme.h"
+#include "app/platform/systemdesktop.h"
 #include "core/librarylocation.h"
 #include "core/librarylock.h"
 #include "core/librarypresence.h"
@@ -113,7 +114,9 @@ int runApplication(int argc, char **argv)
     }
     Reorganiser::run(root);
 
-    Store store;
+    SystemDesktop desktop;
+    Store store(&settings);
+    store.setDesktop(&desktop);
     store.initialise();
     QmlServices::publishStore(&store);
 
