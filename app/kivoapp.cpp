@@ -1,24 +1,82 @@
 #include "app/kivoapp.h"
 
+#include "app/platform/desktopcolorscheme.h"
+#include "app/platform/systemdesktop.h"
 #include "core/librarylocation.h"
 #include "core/librarylock.h"
 #include "core/librarypresence.h"
+#include "core/media/thumbnailservice.h"
 #include "core/reorganiser.h"
 #include "core/store.h"
 #include "core/systemlog.h"
+#include "core/appsettings.h"
+#include "ingest/bridge/bridgeservice.h"
+#include "surfaces/gate/librarygate.h"
+#include "surfaces/qmlservices.h"
+#include "surfaces/theme/appearancecontroller.h"
+#include "surfaces/thumbnails/thumbnailprovider.h"
 
+#include <QEventLoop>
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QQmlEngine>
+#include <QTimer>
 #include <QtQml/qqmlextensionplugin.h>
 
 #include <cstdio>
+#include <optional>
 
 Q_IMPORT_QML_PLUGIN(KivoPlugin)
 
 using namespace Qt::StringLiterals;
 
 namespace kivo {
+
+namespace {
+
+/** Shows the missing-library window and waits for the user's answer; nullopt if it cannot be shown. */
+std::optional<LibraryGate::Outcome> askAboutMissingLibrary(const QString &root)
+{
+    LibraryGate gate(root);
+    QQmlApplicationEngine engine;
+    QmlServices::prepareEngine(engine);
+    engine.setInitialProperties({{u"gate"_s, QVariant::fromValue(&gate)}});
+    engine.load(QUrl(u"qrc:/Kivo/gate/GateWindow.qml"_s));
+    if (engine.rootObjects().isEmpty())
+        return std::nullopt;
+    // The window hides itself at the answer; that must not end the application.
+    const bool quitOnClose = QGuiApplication::quitOnLastWindowClosed();
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QEventLoop waiting;
+    QObject::connect(&gate, &LibraryGate::finished, &waiting, &QEventLoop::quit);
+    waiting.exec();
+    QGuiApplication::setQuitOnLastWindowClosed(quitOnClose);
+    return gate.outcome();
+}
+
+/**
+ * Settles where the library is before anything touches it. A library that was opened before and
+ * is gone gets the gate, again after each relocation that still leaves it missing (a `--library`
+ * override outranks the stored path), so no new database is ever made behind the user's back.
+ * Returns the exit status when the start must end here.
+ */
+std::optional<int> settleLibraryPresence()
+{
+    while (LibraryPresence::check() == LibraryPresence::Verdict::missing) {
+        const auto outcome = askAboutMissingLibrary(LibraryLocation::root());
+        if (!outcome) {
+            std::fprintf(stderr, "kivo: the library is missing and the window that asks about it could not be shown\n");
+            return 1;
+        }
+        if (*outcome == LibraryGate::Outcome::Quit)
+            return 0;
+        if (*outcome == LibraryGate::Outcome::StartNew)
+            break;
+    }
+    return std::nullopt;
+}
+
+} // namespace
 
 int runApplication(int argc, char **argv)
 {
@@ -30,7 +88,20 @@ int runApplication(int argc, char **argv)
     QGuiApplication::setDesktopFileName(u"app.kivo.Kivo"_s);
     LibraryLocation::setArguments(QGuiApplication::arguments());
 
-    LibraryPresence::check();
+    DesktopColorScheme desktopScheme;
+    AppSettings settings;
+    QmlServices::publishSettings(&settings);
+    AppearanceController appearance;
+    appearance.setAppearance(settings.appearance());
+    QObject::connect(&settings, &AppSettings::appearanceChanged, &appearance,
+                     [&] { appearance.setAppearance(settings.appearance()); });
+    appearance.setDesktopPrefersDark(desktopScheme.prefersDark());
+    QObject::connect(&desktopScheme, &DesktopColorScheme::prefersDarkChanged, &appearance,
+                     [&] { appearance.setDesktopPrefersDark(desktopScheme.prefersDark()); });
+    QmlServices::publishAppearance(&appearance);
+
+    if (const std::optional<int> status = settleLibraryPresence())
+        return *status;
 
     try {
         LibraryLocation::ensureLibrary();
@@ -46,15 +117,37 @@ int runApplication(int argc, char **argv)
     }
     Reorganiser::run(root);
 
-    Store store;
+    SystemDesktop desktop;
+    Store store(&settings);
+    store.setDesktop(&desktop);
     store.initialise();
+    QmlServices::publishStore(&store);
 
     QQmlApplicationEngine engine;
-    engine.addImportPath(u"qrc:/"_s);
-    qmlRegisterSingletonInstance("Kivo.Services", 1, 0, "Store", &store);
+    QmlServices::prepareEngine(engine);
+    // Cards ask for "image://thumb/<id>?<width>". Decoded pictures are let go after a minute away
+    // from the window: Linux has no memory-pressure signal to wait for.
+    auto thumbnails = std::make_shared<ThumbnailService>();
+    engine.addImageProvider(u"thumb"_s,
+                            new ThumbnailProvider(thumbnails, ThumbnailProvider::databaseResolver(store.dbQueue())));
+    QTimer idlePurge;
+    idlePurge.setSingleShot(true);
+    idlePurge.setInterval(std::chrono::minutes(1));
+    QObject::connect(&idlePurge, &QTimer::timeout, [thumbnails] { thumbnails->purge(); });
+    QObject::connect(&application, &QGuiApplication::applicationStateChanged, &idlePurge,
+                     [&idlePurge](Qt::ApplicationState state) {
+                         if (state == Qt::ApplicationActive)
+                             idlePurge.stop();
+                         else
+                             idlePurge.start();
+                     });
     engine.load(QUrl(u"qrc:/Kivo/window/Main.qml"_s));
     if (engine.rootObjects().isEmpty())
         return 1;
+
+    // The browser extension's bridge (127.0.0.1:17894): up after the window, down at quit.
+    BridgeService bridge(settings, store);
+
     return QGuiApplication::exec();
 }
 

@@ -4,6 +4,7 @@
 #include "app/cli/command.h"
 #include "app/kivoapp.h"
 #include "core/librarylocation.h"
+#include "understanding/textrecognizer.h"
 
 #include <QCoreApplication>
 #include <QTextStream>
@@ -31,7 +32,9 @@ CommandLine parse(const QStringList &arguments)
     for (qsizetype i = 1; i < arguments.size(); ++i) {
         const QString &argument = arguments.at(i);
         if (switchesWithValue.contains(argument)) {
-            ++i;
+            // Like the library override, a following switch is not taken as the value.
+            if (i + 1 < arguments.size() && !arguments.at(i + 1).startsWith(u'-'))
+                ++i;
             continue;
         }
         if (argument == u"--json") {
@@ -74,6 +77,9 @@ void printHelp(QTextStream &out)
 
 int main(int argc, char **argv)
 {
+    // Before anything else runs: this may replace the process with a fresh copy of itself.
+    kivo::TextRecognizer::ensureSingleThreadedProcess(argv);
+
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
         arguments.append(QString::fromLocal8Bit(argv[i]));

@@ -43,7 +43,7 @@ Rectangle {
 
         Text {
             width: parent.width
-            height: Math.min(implicitHeight, parent.height - y)
+            height: parent.height - y
             text: standIn.kind === "text" && standIn.note !== "" ? standIn.note : standIn.title
             wrapMode: Text.Wrap
             elide: Text.ElideRight

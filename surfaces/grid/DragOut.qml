@@ -9,9 +9,7 @@ Item {
 
     property GridController controller
     property DragStack dragStack
-    property bool dragging: false
 
-    Drag.active: dragging
     Drag.dragType: Drag.Automatic
     Drag.supportedActions: Qt.CopyAction
     Drag.proposedAction: Qt.CopyAction
@@ -31,6 +29,13 @@ Item {
             picture.grabToImage(result => proxy.Drag.imageSource = result.url,
                                 Qt.size(Math.max(1, picture.width * scale), Math.max(1, picture.height * scale)));
         }
+    }
+
+    // Called when the pointer has moved far enough: hands the drag to the desktop until it ends.
+    function start() {
+        // Automatic drags run the desktop's drag loop inside this assignment and end inactive.
+        Drag.active = true;
+        reset();
     }
 
     // Called on release: back under the card for the next press.

@@ -215,7 +215,6 @@ Item {
         id: dragOut
         controller: card.controller
         dragStack: card.dragStack
-        dragging: pointer.drag.active
         Drag.onDragStarted: card.dragStarted(card.itemId)
     }
 
@@ -232,6 +231,10 @@ Item {
             dragOut.prepare(card.itemId, frame, Qt.point(mouse.x, mouse.y));
         }
         onReleased: dragOut.reset()
+        drag.onActiveChanged: {
+            if (drag.active)
+                dragOut.start();
+        }
         onClicked: mouse => {
             if (card.controller)
                 card.controller.clickItem(card.itemId, 1, mouse.modifiers);

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "core/appsettings.h"
+#include "core/store.h"
 #include "surfaces/grid/gridnav.h"
 #include "surfaces/grid/itemlistmodel.h"
+#include "surfaces/grid/masonryview.h"
 
 #include <QObject>
 #include <QPointer>
@@ -14,10 +17,6 @@
 #include <optional>
 
 namespace kivo {
-
-class AppSettings;
-class MasonryView;
-class Store;
 
 /**
  * The QML-facing logic of a selection's views: it presents the Store's `allRows` and `railItems`

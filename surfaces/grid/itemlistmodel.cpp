@@ -1,6 +1,6 @@
 #include "surfaces/grid/itemlistmodel.h"
 
-#include "surfaces/grid/itemcolours.h"
+#include "core/itemcolours.h"
 
 #include <QDateTime>
 #include <QFileInfo>
@@ -182,10 +182,11 @@ void ItemListModel::setItems(const QList<LibraryItem> &items, const QHash<QStrin
     m_incoming = items;
     if (sameIdsInOrder(items)) {
         // The usual reload after an edit: nothing to move, only records to compare.
-        refreshChanged(items, tagNamesByItem);
+        const bool changed = refreshChanged(items, tagNamesByItem);
         m_items = m_incoming;
         m_incoming.clear();
-        Q_EMIT itemsChanged();
+        if (changed)
+            Q_EMIT itemsChanged();
         return;
     }
     QHash<QString, qsizetype> newIndex;
@@ -297,8 +298,9 @@ void ItemListModel::insertNew(const QList<LibraryItem> &items, const QList<qsize
     }
 }
 
-void ItemListModel::refreshChanged(const QList<LibraryItem> &items, const QHash<QString, QStringList> &tagNamesByItem)
+bool ItemListModel::refreshChanged(const QList<LibraryItem> &items, const QHash<QString, QStringList> &tagNamesByItem)
 {
+    bool any = false;
     Q_ASSERT(items.size() == m_rows.size());
     const bool checkTags = !m_tagNames.isEmpty() || !tagNamesByItem.isEmpty();
     qsizetype runStart = -1;
@@ -312,6 +314,7 @@ void ItemListModel::refreshChanged(const QList<LibraryItem> &items, const QHash<
         const bool changed = !(*m_rows[i] == *incoming)
             || (checkTags && m_tagNames.value(incoming->id) != tagNamesByItem.value(incoming->id));
         m_rows[i] = incoming;
+        any |= changed;
         if (changed) {
             if (runStart < 0)
                 runStart = i;
@@ -321,6 +324,7 @@ void ItemListModel::refreshChanged(const QList<LibraryItem> &items, const QHash<
     }
     m_tagNames = tagNamesByItem;
     flush(items.size());
+    return any;
 }
 
 void ItemListModel::reset(const QHash<QString, QStringList> &tagNamesByItem)

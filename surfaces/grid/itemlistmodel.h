@@ -91,7 +91,7 @@ public:
 
 Q_SIGNALS:
     void countChanged();
-    /** After every change of rows, positions or records (the views lay out again). */
+    /** After every change of rows, positions or records (the views lay out again); not after a reload that changed nothing. */
     void itemsChanged();
 
 private:
@@ -99,7 +99,8 @@ private:
     void removeGone(const QHash<QString, qsizetype> &kept);
     bool moveIntoOrder(const QList<LibraryItem> &items, const QList<qsizetype> &currentOfNew);
     void insertNew(const QList<LibraryItem> &items, const QList<qsizetype> &currentOfNew);
-    void refreshChanged(const QList<LibraryItem> &items, const QHash<QString, QStringList> &tagNamesByItem);
+    /** Points every row at its new record; reports (and returns) those whose record or tags differ. */
+    bool refreshChanged(const QList<LibraryItem> &items, const QHash<QString, QStringList> &tagNamesByItem);
     void reset(const QHash<QString, QStringList> &tagNamesByItem);
 
     /** The current list, shared with the Store's copy; `items()`. */

@@ -401,6 +401,12 @@ QVariantMap MasonryView::cardValues(QObject *card, int row) const
     for (auto it = roles.cbegin(); it != roles.cend(); ++it)
         put(it.value(), m_model->data(index, it.key()));
     const QString id = m_model->idAt(row);
+    const QRectF frame = m_layout.frames().value(row);
+    // The card completes at its size, so its text is laid out once.
+    put("x", frame.x());
+    put("y", frame.y());
+    put("width", frame.width());
+    put("height", frame.height());
     put("index", row);
     put("thumbnailWidth", m_thumbnailWidth);
     put("selected", m_selected.contains(id));

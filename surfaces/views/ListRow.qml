@@ -116,7 +116,6 @@ Item {
         id: dragOut
         controller: row.controller
         dragStack: row.dragStack
-        dragging: pointer.drag.active
     }
 
     MouseArea {
@@ -130,6 +129,10 @@ Item {
             dragOut.prepare(row.itemId, picture, Qt.point(mouse.x - picture.x, mouse.y - picture.y));
         }
         onReleased: dragOut.reset()
+        drag.onActiveChanged: {
+            if (drag.active)
+                dragOut.start();
+        }
         onClicked: mouse => row.controller.clickItem(row.itemId, 1, mouse.modifiers)
         onDoubleClicked: mouse => row.controller.clickItem(row.itemId, 2, mouse.modifiers)
     }

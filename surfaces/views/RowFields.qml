@@ -7,7 +7,7 @@ import Kivo.Services
 Row {
     id: fields
 
-    required property ListRow item
+    required property Item item
 
     spacing: Theme.space.m
 

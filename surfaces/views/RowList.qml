@@ -21,7 +21,8 @@ FocusScope {
         anchors.fill: parent
         topMargin: Theme.space.s
         bottomMargin: Theme.space.l
-        model: list.controller.rows
+        // Hidden, the list holds no rows, so it costs nothing while the grid shows.
+        model: list.visible ? list.controller.rows : null
         reuseItems: true
         cacheBuffer: 400
         boundsBehavior: Flickable.StopAtBounds

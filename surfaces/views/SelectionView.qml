@@ -4,8 +4,8 @@ import Kivo
 import Kivo.Services
 
 // The current selection's items as the view mode asks: the card grid (with the links rail at
-// its trailing edge when the board has one), the list, or the timeline; the empty state's words
-// when there is nothing; and the large preview over it all.
+// its trailing edge when the board has one), the list, or the timeline, and the large preview
+// over them. The empty state's words come from its controller.
 FocusScope {
     id: view
 
@@ -34,15 +34,13 @@ FocusScope {
         controller: controller
     }
 
-    Loader {
+    RowList {
         id: list
+        objectName: "listView"
         anchors.fill: parent
-        active: view.listMode
+        visible: view.listMode
         focus: view.listMode
-        sourceComponent: RowList {
-            controller: controller
-            focus: true
-        }
+        controller: controller
     }
 
     LinksRail {
@@ -54,14 +52,6 @@ FocusScope {
         width: 236
         visible: controller.railShown && !view.listMode
         controller: controller
-    }
-
-    EmptyLibrary {
-        objectName: "emptySelection"
-        anchors.centerIn: parent
-        visible: controller.empty && Store.didInitialLoad
-        title: controller.emptyTitle
-        message: controller.emptyMessage
     }
 
     ItemPreview {

@@ -20,6 +20,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QPainter>
+#include <QPainterPath>
 #include <QProcess>
 #include <QQmlApplicationEngine>
 #include <QQmlComponent>
@@ -207,9 +208,10 @@ QString pointerDrag(QPoint from, QPoint to)
     return steps.join(u" && "_s);
 }
 
-const QByteArray dropWindowQml = R"(
+const QByteArray dropWindowQml = R"qml(
 import QtQuick
 Window {
+    id: root
     width: 300
     height: 300
     visible: true
@@ -217,17 +219,34 @@ Window {
     property string text
     property var urls: []
     property int drops: 0
+    property string carriedText
     DropArea {
         anchors.fill: parent
         onDropped: drop => {
-            parent.text = drop.text;
-            parent.urls = drop.urls;
-            parent.drops += 1;
+            root.text = drop.text;
+            root.urls = drop.urls;
+            root.drops += 1;
             drop.acceptProposedAction();
         }
     }
+    // Something from another program to drag into Kivo: an address as text.
+    Rectangle {
+        width: 80
+        height: 80
+        color: "#8899cc"
+        Item {
+            id: carried
+            Drag.dragType: Drag.Automatic
+            Drag.mimeData: ({ "text/plain": root.carriedText })
+        }
+        MouseArea {
+            anchors.fill: parent
+            drag.target: carried
+            drag.onActiveChanged: if (drag.active) carried.Drag.active = true
+        }
+    }
 }
-)";
+)qml";
 
 } // namespace
 
@@ -392,7 +411,8 @@ void TestGridWindow::dragOutCarriesKivosWords()
     // Another program's window beside Kivo's: it takes whatever is dropped on it.
     QQmlComponent component(grid.engine.get());
     component.setData(dropWindowQml, QUrl::fromLocalFile(u"/drop.qml"_s));
-    std::unique_ptr<QQuickWindow> target(qobject_cast<QQuickWindow *>(component.create()));
+    std::unique_ptr<QQuickWindow> target(qobject_cast<QQuickWindow *>(
+        component.createWithInitialProperties({{u"carriedText"_s, u"https://example.org/a-page-to-keep"_s}})));
     QVERIFY2(target, qPrintable(component.errorString()));
     target->setPosition(1050, 100);
     QVERIFY(QTest::qWaitForWindowExposed(target.get()));
@@ -422,6 +442,11 @@ void TestGridWindow::dragOutCarriesKivosWords()
     QTest::qWait(2500);
     QCOMPARE(imports, 0);
     QCOMPARE(target->property("drops").toInt(), 2);
+
+    // Another program's drop on the grid goes to the import, with no destination in All.
+    xdotool({pointerDrag(target->position() + QPoint(40, 40), grid.window->position() + grid.cardCentre(library.id(3)))});
+    QTRY_COMPARE_WITH_TIMEOUT(imports, 1, 15000);
+    QCOMPARE(importedText, u"https://example.org/a-page-to-keep"_s);
 }
 
 void TestGridWindow::screenshotsOfARealLibrary()
@@ -499,39 +524,50 @@ void TestGridWindow::scrollingAHundredThousandItems()
 
     auto *flick = grid.window->findChild<QObject *>(u"gridFlickable"_s);
     QVERIFY(flick);
-    QList<qint64> swaps;
-    QElapsedTimer clock;
-    clock.start();
     // Each frame the view moves on by 45 points (2,700 points a second at 60 frames): a brisk scroll.
-    const double end = 45.0 * 600;
-    auto connection = connect(grid.window, &QQuickWindow::frameSwapped, this, [&] {
-        swaps.append(clock.nsecsElapsed());
-        const double y = flick->property("contentY").toDouble();
-        if (y < end)
-            QMetaObject::invokeMethod(
-                flick, [flick, y] { flick->setProperty("contentY", y + 45.0); }, Qt::QueuedConnection);
-    });
-    flick->setProperty("contentY", 1.0);
-    QTRY_VERIFY_WITH_TIMEOUT(flick->property("contentY").toDouble() >= end, 120000);
-    disconnect(connection);
-
-    QList<double> frames;
-    for (int i = 1; i < swaps.size(); ++i)
-        frames.append((swaps[i] - swaps[i - 1]) / 1e6);
-    std::sort(frames.begin(), frames.end());
-    const double longest = frames.last();
-    const double p99 = frames[int(frames.size() * 0.99)];
-    const double median = frames[frames.size() / 2];
-    qInfo(
-        "scrolling 100,000 items: %lld frames, median %.1f ms, 99th percentile %.1f ms, longest %.1f ms, cards made %d",
-        qint64(frames.size()), median, p99, longest, grid.masonry->createdCount());
+    const auto scrollAndTime = [&](double from, int frameCount) {
+        QList<qint64> swaps;
+        QElapsedTimer clock;
+        clock.start();
+        const double end = from + 45.0 * frameCount;
+        auto connection = connect(grid.window, &QQuickWindow::frameSwapped, this, [&] {
+            swaps.append(clock.nsecsElapsed());
+            const double y = flick->property("contentY").toDouble();
+            if (y < end)
+                QMetaObject::invokeMethod(flick, [flick, y] { flick->setProperty("contentY", y + 45.0); }, Qt::QueuedConnection);
+        });
+        flick->setProperty("contentY", from);
+        [&] { QTRY_VERIFY_WITH_TIMEOUT(flick->property("contentY").toDouble() >= end, 120000); }();
+        disconnect(connection);
+        QList<double> frames;
+        for (int i = 1; i < swaps.size(); ++i)
+            frames.append((swaps[i] - swaps[i - 1]) / 1e6);
+        if (qEnvironmentVariableIsSet("KIVO_FRAME_TRACE")) {
+            for (int i = 0; i < frames.size(); ++i) {
+                if (frames[i] > 30)
+                    qInfo("slow frame %d: %.1f ms", i, frames[i]);
+            }
+        }
+        std::sort(frames.begin(), frames.end());
+        return frames;
+    };
+    const auto summary = [](const QList<double> &frames) {
+        return u"%1 frames, median %2 ms, 99th percentile %3 ms, longest %4 ms"_s.arg(frames.size())
+            .arg(frames[frames.size() / 2], 0, 'f', 1)
+            .arg(frames[int(frames.size() * 0.99)], 0, 'f', 1)
+            .arg(frames.last(), 0, 'f', 1);
+    };
+    // The first pass pays once for what the renderer meets for the first time (shaders, glyphs);
+    // the second, far down the list, is the steady state.
+    const QList<double> first = scrollAndTime(0, 600);
+    const QList<double> later = scrollAndTime(1.5e6, 600);
+    QVERIFY(first.size() > 500 && later.size() > 500);
+    qInfo("scrolling 100,000 items from the top: %s", qPrintable(summary(first)));
+    qInfo("scrolling 100,000 items further down: %s", qPrintable(summary(later)));
+    qInfo("cards made: %d", grid.masonry->createdCount());
     QFile report(screenshotPath(u"frame-times.txt"_s));
     QVERIFY(report.open(QIODevice::WriteOnly));
-    report.write(u"frames %1\nmedian_ms %2\np99_ms %3\nlongest_ms %4\n"_s.arg(frames.size())
-                     .arg(median)
-                     .arg(p99)
-                     .arg(longest)
-                     .toUtf8());
+    report.write((u"from the top: "_s + summary(first) + u"\nfurther down: "_s + summary(later) + u'\n').toUtf8());
     QVERIFY(grid.masonry->createdCount() < 200);
     grid.screenshot(u"grid-100k-light.png"_s);
 }

@@ -139,7 +139,7 @@ void TestItemListModel::diffs()
     QCOMPARE(replay.inserts, inserts);
     QCOMPARE(replay.removes, removes);
     QCOMPARE(replay.moves, moves);
-    QCOMPARE(itemsChanged.count(), 1);
+    QCOMPARE(itemsChanged.count(), before == after ? 0 : 1);
 }
 
 void TestItemListModel::randomReloadsReplayExactly()

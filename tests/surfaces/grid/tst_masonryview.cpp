@@ -4,6 +4,8 @@
 
 #include "surfaces/grid/itemlistmodel.h"
 #include "surfaces/grid/masonryview.h"
+#include "surfaces/qmlservices.h"
+#include "surfaces/theme/appearancecontroller.h"
 #include "tests/testsupport.h"
 
 #include <QQmlComponent>
@@ -117,6 +119,9 @@ private:
 
 void TestMasonryView::init()
 {
+    // The module's theme reads the appearance service.
+    static AppearanceController appearance;
+    QmlServices::publishAppearance(&appearance);
     m_engine = std::make_unique<QQmlEngine>();
     m_engine->addImportPath(u"qrc:/"_s);
     QQmlComponent component(m_engine.get());
