@@ -77,6 +77,8 @@ void GridController::setStore(Store *store)
     }
     reloadRows();
     reloadRail();
+    // The lists may have been empty before and after: the words are worked out here, not on a change.
+    updateEmptyState();
     Q_EMIT storeChanged();
 }
 

@@ -91,7 +91,8 @@ public:
 
 Q_SIGNALS:
     void countChanged();
-    /** After every change of rows, positions or records (the views lay out again); not after a reload that changed nothing. */
+    /** After every change of rows, positions or records (the views lay out again); not after a reload that changed
+     * nothing. */
     void itemsChanged();
 
 private:

@@ -444,7 +444,8 @@ void TestGridWindow::dragOutCarriesKivosWords()
     QCOMPARE(target->property("drops").toInt(), 2);
 
     // Another program's drop on the grid goes to the import, with no destination in All.
-    xdotool({pointerDrag(target->position() + QPoint(40, 40), grid.window->position() + grid.cardCentre(library.id(3)))});
+    xdotool(
+        {pointerDrag(target->position() + QPoint(40, 40), grid.window->position() + grid.cardCentre(library.id(3)))});
     QTRY_COMPARE_WITH_TIMEOUT(imports, 1, 15000);
     QCOMPARE(importedText, u"https://example.org/a-page-to-keep"_s);
 }
@@ -479,6 +480,8 @@ void TestGridWindow::screenshotsOfARealLibrary()
     grid.open(u"light"_s, {1400, 900});
     grid.insert(library.items);
     grid.screenshot(u"grid-library-light.png"_s);
+    grid.settings.setListShowDate(true);
+    grid.settings.setListShowSize(true);
     grid.store->setViewModeName(u"list"_s);
     QTRY_VERIFY(kivo::test::isShown(grid.item(u"rowList"_s)));
     grid.screenshot(u"list-library-light.png"_s);
@@ -490,6 +493,34 @@ void TestGridWindow::screenshotsOfARealLibrary()
     grid.store->setViewModeName(u"cards"_s);
     QTRY_VERIFY(!grid.masonry->timeline());
     grid.screenshot(u"grid-library-dark.png"_s);
+
+    // A board with pictures and several links: the links stand in the rail at the trailing edge.
+    const QString board = grid.store->createCollection(u"Cabin ideas"_s);
+    QStringList members;
+    for (int i = 0; i < 9; ++i)
+        members.append(library.items[i].id);
+    QList<kivo::LibraryItem> links;
+    for (const auto &[title, address] : {std::pair{u"Timber frames, explained"_s, u"https://www.example.org/timber"_s},
+             std::pair{u"A cabin by the lake"_s, u"https://cabins.example.net/lake"_s},
+             std::pair{u"Stove buying guide"_s, u"https://stoves.example.com/guide"_s}}) {
+        kivo::LibraryItem item;
+        item.id = kivo::newIdentifier();
+        item.kind = u"link"_s;
+        item.title = title;
+        item.sourceURL = address;
+        item.createdAt = item.addedAt = item.modifiedAt = now - 100;
+        links.append(item);
+        members.append(item.id);
+    }
+    grid.insert(links);
+    QVERIFY(grid.store->fileItems(members, board));
+    grid.store->setSelectionKey(board);
+    QTRY_VERIFY(kivo::test::isShown(grid.item(u"linksRail"_s)));
+    QCOMPARE(grid.controller->railRows()->count(), 3);
+    QCOMPARE(grid.controller->rows()->count(), 9);
+    // The grid gives up the rail's 236 points.
+    QCOMPARE(grid.masonry->width(), grid.item(u"selectionView"_s)->width() - 236);
+    grid.screenshot(u"board-with-rail-dark.png"_s);
     kivo::test::clickItem(grid.window, grid.item(u"viewOptionsButton"_s));
     QTRY_VERIFY(grid.window->findChild<QObject *>(u"viewOptions"_s)->property("opened").toBool());
     grid.screenshot(u"view-options-dark.png"_s);
@@ -534,7 +565,8 @@ void TestGridWindow::scrollingAHundredThousandItems()
             swaps.append(clock.nsecsElapsed());
             const double y = flick->property("contentY").toDouble();
             if (y < end)
-                QMetaObject::invokeMethod(flick, [flick, y] { flick->setProperty("contentY", y + 45.0); }, Qt::QueuedConnection);
+                QMetaObject::invokeMethod(
+                    flick, [flick, y] { flick->setProperty("contentY", y + 45.0); }, Qt::QueuedConnection);
         });
         flick->setProperty("contentY", from);
         [&] { QTRY_VERIFY_WITH_TIMEOUT(flick->property("contentY").toDouble() >= end, 120000); }();
