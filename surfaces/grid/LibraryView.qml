@@ -78,13 +78,4 @@ Rectangle {
         anchors.bottom: parent.bottom
         visible: view.setupError.length === 0
     }
-
-    EmptyLibrary {
-        objectName: "emptyLibrary"
-        anchors.centerIn: parent
-        anchors.verticalCenterOffset: -Theme.metrics.headerHeight / 2
-        visible: view.setupError.length === 0 && Store.didInitialLoad && selection.controller.empty
-        title: selection.controller.emptyTitle || "Drag anything here"
-        message: selection.controller.emptyMessage || "Images, links, videos and notes all land in your library."
-    }
 }

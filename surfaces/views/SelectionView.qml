@@ -4,8 +4,9 @@ import Kivo
 import Kivo.Services
 
 // The current selection's items as the view mode asks: the card grid (with the links rail at
-// its trailing edge when the board has one), the list, or the timeline, and the large preview
-// over them. The empty state's words come from its controller.
+// its trailing edge when the board has one), the list, or the timeline; the selection's own words
+// when it has no items; and the large preview over it all. It fills the area under the window's
+// toolbar; `ViewToolbar` is the toolbar's part that belongs to it.
 FocusScope {
     id: view
 
@@ -52,6 +53,14 @@ FocusScope {
         width: 236
         visible: controller.railShown && !view.listMode
         controller: controller
+    }
+
+    EmptyLibrary {
+        objectName: "emptyLibrary"
+        anchors.centerIn: parent
+        visible: controller.empty && Store.didInitialLoad
+        title: controller.emptyTitle
+        message: controller.emptyMessage
     }
 
     ItemPreview {
