@@ -3,11 +3,15 @@
 namespace kivo::cli {
 
 Command *makeInfoCommand();
+Command *makeSidecarsCommand();
+Command *makeDemoCommand();
 
 const QList<Command *> &allCommands()
 {
     static const QList<Command *> commands{
         makeInfoCommand(),
+        makeSidecarsCommand(),
+        makeDemoCommand(),
     };
     return commands;
 }
