@@ -131,7 +131,20 @@ int runApplication(int argc, char **argv)
         return 1;
     }
 
+    // Listening and the quit signals come first: a second launch or a SIGTERM that arrives while the
+    // window is still loading is answered as soon as the event loop runs.
+    SingleInstance instance(root);
+    if (!instance.listen())
+        systemLog(u"[Launch] could not listen for other launches on "_s + SingleInstance::serverName(root));
+    QuitSignals quitSignals;
+    bool quitAsked = false;
+    QObject::connect(&quitSignals, &QuitSignals::quitRequested, &application, [&quitAsked] {
+        quitAsked = true;
+        QCoreApplication::quit();
+    });
+
     AppDelegate delegate(LaunchOptions::current());
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &delegate, &AppDelegate::willTerminate);
     delegate.didFinishLaunching(root);
 
     Store store;
@@ -142,14 +155,12 @@ int runApplication(int argc, char **argv)
     QQmlApplicationEngine engine;
     QmlServices::prepareEngine(engine);
     engine.load(QUrl(u"qrc:/Kivo/window/Main.qml"_s));
-    if (engine.rootObjects().isEmpty())
+    if (engine.rootObjects().isEmpty()) {
+        delegate.willTerminate();
         return 1;
+    }
     QWindow *mainWindow = qobject_cast<QWindow *>(engine.rootObjects().constFirst());
     const auto showMainWindow = [mainWindow] { bringForward(mainWindow); };
-
-    SingleInstance instance(root);
-    if (!instance.listen())
-        systemLog(u"[Launch] could not listen for other launches on "_s + SingleInstance::serverName(root));
     QObject::connect(&instance, &SingleInstance::showRequested, &instance, [showMainWindow](qint64 pid) {
         showMainWindow();
         Diagnostics::log(u"note: window shown for another launch (pid %1)"_s.arg(pid));
@@ -160,10 +171,10 @@ int runApplication(int argc, char **argv)
     QObject::connect(&tray, &TrayIcon::quitRequested, &application, &QCoreApplication::quit);
     tray.show();
 
-    QuitSignals quitSignals;
-    QObject::connect(&quitSignals, &QuitSignals::quitRequested, &application, &QCoreApplication::quit);
-    QObject::connect(&application, &QCoreApplication::aboutToQuit, &delegate, &AppDelegate::willTerminate);
-
+    if (quitAsked) { // a signal was handled by a nested loop before the main one started
+        delegate.willTerminate();
+        return 0;
+    }
     return QApplication::exec();
 }
 

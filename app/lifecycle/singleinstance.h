@@ -31,7 +31,7 @@ public:
      * Asks the process holding the library to show its window. Returns its answer's process id, or
      * 0 when nobody answered within the time-out (a headless command holds it, or an older build).
      */
-    static qint64 askToShow(const QString &libraryRoot, int timeoutMs = 3000);
+    static qint64 askToShow(const QString &libraryRoot, int timeoutMs = 5000);
 
 Q_SIGNALS:
     /** Another launch asked for the window; `pid` is that process. */
