@@ -7,7 +7,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
-#include <QStandardPaths>
 
 using namespace Qt::StringLiterals;
 
@@ -40,7 +39,12 @@ LoginItem::LoginItem(QObject *parent)
 
 QString LoginItem::autostartPath()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + u"/autostart/kivo.desktop"_s;
+    // The autostart folder is read by the session from the XDG configuration home, whatever Qt's own
+    // settings paths say.
+    QString config = qEnvironmentVariable("XDG_CONFIG_HOME");
+    if (config.isEmpty() || QDir::isRelativePath(config))
+        config = QDir::homePath() + u"/.config"_s;
+    return config + u"/autostart/kivo.desktop"_s;
 }
 
 QByteArray LoginItem::desktopEntry(const QString &executable)
