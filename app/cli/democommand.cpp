@@ -25,7 +25,7 @@ class DemoCommand final : public Command
 {
 public:
     QString name() const override { return u"demo"_s; }
-    QString synopsis() const override { return u"--items N [--seed S] [--light] [--threads T]"_s; }
+    QString synopsis() const override { return u"--items N [--seed S] [--light] [--threads T] [--now SECONDS]"_s; }
     QString summary() const override { return u"Make a library (or add to one) with N realistic demo items"_s; }
     bool needsGui() const override { return true; }
 
@@ -60,6 +60,12 @@ public:
                 if (!threads)
                     return context.usageError(u"--threads needs a number of at least 1"_s);
                 options.threads = int(*threads);
+            } else if (argument == u"--now") {
+                // The same seed and moment make the same library, for screenshots that can be redone.
+                const auto now = value(1);
+                if (!now)
+                    return context.usageError(u"--now needs a time in seconds since 1970"_s);
+                options.now = double(*now);
             } else if (argument == u"--light") {
                 options.light = true;
             } else {

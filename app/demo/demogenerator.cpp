@@ -169,7 +169,7 @@ DemoReport DemoGenerator::run()
     context.seed = m_options.seed;
     // A second run on the same library must not draw the same ids: the stream follows its size.
     context.stream = std::uint64_t(m_queue.read([](Database &db) { return db.fetchScalar(u"SELECT COUNT(*) FROM item"_s).toLongLong(); }));
-    context.now = QDateTime::currentMSecsSinceEpoch() / 1000.0;
+    context.now = m_options.now > 0 ? m_options.now : QDateTime::currentMSecsSinceEpoch() / 1000.0;
     context.light = m_options.light;
     context.workFolder = m_root + u"/.demo-work"_s;
     QDir(context.workFolder).removeRecursively();

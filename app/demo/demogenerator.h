@@ -20,6 +20,8 @@ struct DemoOptions {
     bool light = false;
     /** Worker threads for painting and encoding; 0 means one per core. */
     int threads = 0;
+    /** The end of the two years the items were added in, in seconds since 1970; 0 means now. */
+    double now = 0;
 };
 
 /** What a run made. */

@@ -73,9 +73,13 @@ QByteArray stampWebp(const QByteArray &file, const QByteArray &marker, QSize siz
 {
     QByteArray body = file.mid(12);
     if (!body.startsWith("VP8X")) {
-        const bool lossless = body.startsWith("VP8L");
+        // A lossless bitstream says in its header whether it uses alpha (bit 28 after the signature);
+        // the extended header must say the same, or readers decode a different pixel format.
+        bool alpha = false;
+        if (body.startsWith("VP8L") && body.size() >= 13)
+            alpha = (qFromLittleEndian<quint32>(body.constData() + 9) >> 28) & 1;
         QByteArray header = QByteArray("VP8X") + littleEndian32(10);
-        header.append(char(lossless ? 0x10 : 0x00)).append(3, '\0'); // the alpha flag for lossless, as it may carry one
+        header.append(char(alpha ? 0x10 : 0x00)).append(3, '\0');
         header.append(littleEndian24(std::uint32_t(size.width() - 1))).append(littleEndian24(std::uint32_t(size.height() - 1)));
         body.prepend(header);
     }
