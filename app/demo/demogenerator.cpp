@@ -124,6 +124,36 @@ Structure makeStructure(DatabaseQueue &queue, DemoRandom &random, double now)
     });
 }
 
+/**
+ * The stems already taken in each month folder, in lower case. New file locations only avoid the
+ * same name with the same extension, and two files that differ only in extension would share one
+ * sidecar; a demo library keeps its stems apart.
+ */
+using StemsByFolder = QHash<QString, QSet<QString>>;
+
+/** The folder of a relative path and its file's stem in lower case. */
+std::pair<QString, QString> folderAndStem(const QString &relativePath)
+{
+    const QString name = relativePath.section(u'/', -1);
+    const qsizetype dot = name.lastIndexOf(u'.');
+    return {relativePath.section(u'/', 0, -2), (dot > 0 ? name.left(dot) : name).toLower()};
+}
+
+NewFileLocation placeFile(const QString &itemFolder, const LibraryItem &item, const QString &extension, StemsByFolder &stems)
+{
+    std::optional<QString> title = item.title;
+    for (int suffix = 2;; ++suffix) {
+        const NewFileLocation location = LibraryLocation::newFileLocation(itemFolder, true, item.id, title, extension, item.addedAt);
+        const auto [folder, stem] = folderAndStem(location.relativePath);
+        QSet<QString> &taken = stems[folder];
+        if (!taken.contains(stem)) {
+            taken.insert(stem);
+            return location;
+        }
+        title = item.title.value_or(item.id.left(12)) + u' ' + QString::number(suffix);
+    }
+}
+
 QString formatBytes(qint64 bytes)
 {
     if (bytes >= qint64(1) << 30)
@@ -209,6 +239,12 @@ DemoReport DemoGenerator::run()
     report.picturesPainted = context.pool.size();
 
     const QString itemFolder = LibraryLocation::itemFolder(m_root, true);
+    StemsByFolder stems;
+    const QVariantList storedPaths = m_queue.read([](Database &db) { return db.fetchScalars(u"SELECT filePath FROM item WHERE filePath IS NOT NULL"_s); });
+    for (const QVariant &path : storedPaths) {
+        const auto [folder, stem] = folderAndStem(path.toString());
+        stems[folder].insert(stem);
+    }
     QList<ProducedItem> pending;
     const auto flush = [&] {
         if (pending.isEmpty())
@@ -244,8 +280,7 @@ DemoReport DemoGenerator::run()
             if (!produced.failure.isEmpty())
                 throw std::runtime_error(produced.failure.toStdString());
             if (!produced.extension.isEmpty()) {
-                const NewFileLocation location = LibraryLocation::newFileLocation(itemFolder, true, produced.item.id, produced.item.title,
-                                                                                  produced.extension, produced.item.addedAt);
+                const NewFileLocation location = placeFile(itemFolder, produced.item, produced.extension, stems);
                 if (!produced.readyFile.isEmpty()) {
                     if (!QFile::rename(produced.readyFile, location.absolutePath))
                         throw std::runtime_error("cannot move a file to " + location.absolutePath.toStdString());
