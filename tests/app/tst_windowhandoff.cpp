@@ -30,7 +30,7 @@ public:
     {
         const auto cookie = xcb_intern_atom(m_connection, 0, uint16_t(strlen(name)), name);
         std::unique_ptr<xcb_intern_atom_reply_t, decltype(&free)> reply(xcb_intern_atom_reply(m_connection, cookie, nullptr), &free);
-        return reply ? reply->atom : XCB_ATOM_NONE;
+        return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
     }
 
     /** The top-level windows of a process that take WM_DELETE_WINDOW: its real windows. */
