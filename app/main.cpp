@@ -31,7 +31,9 @@ CommandLine parse(const QStringList &arguments)
     for (qsizetype i = 1; i < arguments.size(); ++i) {
         const QString &argument = arguments.at(i);
         if (switchesWithValue.contains(argument)) {
-            ++i;
+            // Like the library override, a following switch is not taken as the value.
+            if (i + 1 < arguments.size() && !arguments.at(i + 1).startsWith(u'-'))
+                ++i;
             continue;
         }
         if (argument == u"--json") {

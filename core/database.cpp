@@ -159,17 +159,22 @@ std::optional<QByteArray> Row::optionalBlob(const char *column) const
 // ---------------------------------------------------------------------------------------------
 // Database
 
+sqlite3_stmt *Database::compile(const QString &sql, bool persistent)
+{
+    const QByteArray utf8 = sql.toUtf8();
+    sqlite3_stmt *statement = nullptr;
+    const int rc = sqlite3_prepare_v3(m_connection, utf8.constData(), int(utf8.size()),
+                                      persistent ? SQLITE_PREPARE_PERSISTENT : 0, &statement, nullptr);
+    if (rc != SQLITE_OK)
+        throw DatabaseError(rc, lastError(m_connection), sql);
+    return statement;
+}
+
 Database::CachedStatement &Database::prepare(const QString &sql)
 {
     if (auto *cached = m_statements.value(sql))
         return *cached;
-    const QByteArray utf8 = sql.toUtf8();
-    sqlite3_stmt *statement = nullptr;
-    const int rc = sqlite3_prepare_v3(m_connection, utf8.constData(), int(utf8.size()), SQLITE_PREPARE_PERSISTENT,
-                                      &statement, nullptr);
-    if (rc != SQLITE_OK)
-        throw DatabaseError(rc, lastError(m_connection), sql);
-    auto *entry = new CachedStatement{statement, {}};
+    auto *entry = new CachedStatement{compile(sql, true), {}};
     m_statements.insert(sql, entry);
     return *entry;
 }
@@ -226,17 +231,30 @@ void Database::bind(sqlite3_stmt *statement, const QVariantList &arguments, cons
 
 void Database::forEach(const QString &sql, const QVariantList &arguments, const std::function<void(const Row &)> &visit)
 {
-    CachedStatement &cached = prepare(sql);
+    CachedStatement *use = &prepare(sql);
+    // A cached statement still stepping belongs to an outer run of the same query (a visitor
+    // that queries again, as a walk down a tree does): this run gets a statement of its own.
+    CachedStatement own;
+    if (sqlite3_stmt_busy(use->statement)) {
+        own.statement = compile(sql, false);
+        use = &own;
+    }
+    CachedStatement &cached = *use;
     sqlite3_stmt *statement = cached.statement;
     // Reset whatever happens, so that a thrown error never leaves the statement mid-step.
     struct Reset {
         sqlite3_stmt *statement;
+        bool finalize;
         ~Reset()
         {
+            if (finalize) {
+                sqlite3_finalize(statement);
+                return;
+            }
             sqlite3_reset(statement);
             sqlite3_clear_bindings(statement);
         }
-    } reset{statement};
+    } reset{statement, use == &own};
     bind(statement, arguments, sql);
     // A schema change re-prepares the statement underneath, so names resolve afresh per run.
     cached.columns.clear();

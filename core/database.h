@@ -137,6 +137,7 @@ private:
         sqlite3_stmt *statement = nullptr;
         QHash<const char *, int> columns;
     };
+    sqlite3_stmt *compile(const QString &sql, bool persistent);
     CachedStatement &prepare(const QString &sql);
     void bind(sqlite3_stmt *statement, const QVariantList &arguments, const QString &sql);
     void clearStatements();

@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QMutex>
 #include <QStandardPaths>
+#include <QTextBoundaryFinder>
 
 using namespace Qt::StringLiterals;
 
@@ -140,31 +141,35 @@ QString monthFolderName(double addedAt)
 
 QString slug(const std::optional<QString> &stem, const QString &fallbackId)
 {
-    QString result;
+    // The walk goes by user-perceived characters, so that a letter written with a combining
+    // accent stays one letter and the cut at 60 never splits it.
+    QStringList kept;
     if (stem) {
-        const QList<uint> codePoints = stem->trimmed().toLower().toUcs4();
-        qsizetype length = 0; // in code points, so that a cut never splits a character
-        QList<uint> kept;
-        for (const uint codePoint : codePoints) {
-            if (QChar::isLetterOrNumber(char32_t(codePoint))) {
-                kept.append(codePoint);
-            } else if (!kept.isEmpty() && kept.last() != uint(u'-')) {
-                kept.append(uint(u'-'));
-            }
+        const QString text = stem->trimmed().toLower();
+        QTextBoundaryFinder characters(QTextBoundaryFinder::Grapheme, text);
+        qsizetype start = 0;
+        while (characters.toNextBoundary() != -1) {
+            const QString character = text.mid(start, characters.position() - start);
+            start = characters.position();
+            const char32_t first = character.size() > 1 && character.at(0).isHighSurrogate()
+                ? QChar::surrogateToUcs4(character.at(0), character.at(1))
+                : char32_t(character.at(0).unicode());
+            if (QChar::isLetterOrNumber(first))
+                kept.append(character);
+            else if (!kept.isEmpty() && kept.last() != u"-")
+                kept.append(u"-"_s);
         }
-        while (!kept.isEmpty() && kept.last() == uint(u'-'))
+        while (!kept.isEmpty() && kept.last() == u"-")
             kept.removeLast();
         if (kept.size() >= 61) {
             kept.resize(60);
-            while (!kept.isEmpty() && kept.last() == uint(u'-'))
+            while (!kept.isEmpty() && kept.last() == u"-")
                 kept.removeLast();
         }
-        length = kept.size();
-        result = QString::fromUcs4(reinterpret_cast<const char32_t *>(kept.constData()), length);
     }
-    if (result.isEmpty())
+    if (kept.isEmpty())
         return fallbackId.left(12);
-    return result;
+    return kept.join(QString());
 }
 
 NewFileLocation newFileLocation(const QString &itemFolder, bool reorganised, const QString &id,

@@ -35,7 +35,7 @@ Verdict check()
         verdict = Verdict::ready;
     else if (everOpened)
         verdict = Verdict::missing;
-    systemLog(u"[LibraryPresence] %1 at %2 (everOpened=%3)"_s.arg(verdictName(verdict), root).arg(everOpened ? 1 : 0));
+    systemLog(u"[LibraryPresence] %1 at %2 (everOpened=%3)"_s.arg(verdictName(verdict), root, everOpened ? u"1"_s : u"0"_s));
     if (verdict == Verdict::ready)
         defaults.setValue(u"libraryEverOpened"_s, true);
     else if (verdict == Verdict::firstRun)
@@ -94,6 +94,11 @@ Relocation relocate(const QString &folder)
 void startNewLibrary()
 {
     UserDefaults().setValue(u"libraryEverOpened"_s, false);
+}
+
+bool isMissing(const QString &root)
+{
+    return !QFileInfo::exists(root + u"/library.sqlite"_s) && UserDefaults().boolValue(u"libraryEverOpened"_s);
 }
 
 void markOpened()

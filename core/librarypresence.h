@@ -41,6 +41,12 @@ Relocation relocate(const QString &folder);
 /** "Start a New Library": forget that a library was ever opened, so the normal start makes one. */
 void startNewLibrary();
 
+/**
+ * Whether the library at `root` has gone missing: no library.sqlite although a library was opened
+ * before. Nothing may create a database there then, until the user starts a new library.
+ */
+[[nodiscard]] bool isMissing(const QString &root);
+
 /** Records that the library was found or opened. */
 void markOpened();
 

@@ -2,6 +2,7 @@
 
 #include "core/database.h"
 #include "core/librarylocation.h"
+#include "core/librarypresence.h"
 #include "core/librarysnapshot.h"
 #include "core/sidecars.h"
 #include "core/systemlog.h"
@@ -33,7 +34,7 @@ void removePath(const QString &path)
         QFile::remove(path);
 }
 
-void copyTree(const QString &source, const QString &target)
+void copyTree(const QString &source, const QString &target, const std::function<void()> &copiedOne = {})
 {
     const QFileInfo info(source);
     if (info.isDir()) {
@@ -41,11 +42,13 @@ void copyTree(const QString &source, const QString &target)
             throw LibraryError(u"Could not create "_s + target);
         const QDir dir(source);
         for (const QString &entry : dir.entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System))
-            copyTree(source + u'/' + entry, target + u'/' + entry);
+            copyTree(source + u'/' + entry, target + u'/' + entry, copiedOne);
         return;
     }
     if (!QFile::copy(source, target))
         throw LibraryError(u"Could not copy "_s + source + u" to "_s + target);
+    if (copiedOne)
+        copiedOne();
 }
 
 QString extensionOf(const QString &path)
@@ -70,8 +73,18 @@ void reorganise(const QString &root, const Checkpoint &checkpoint)
         throw LibraryError(u"Could not create "_s + backup);
     if (QFileInfo::exists(database))
         copyTree(database, backup + u"/library.sqlite"_s);
-    if (QFileInfo::exists(files))
-        copyTree(files, backup + u"/files"_s);
+    if (QFileInfo::exists(files)) {
+        // The copy takes its name only when complete: the rollback puts whatever the backup
+        // holds under that name over the live folder, and half a copy must never get there.
+        const QString partial = backup + u"/files.partial"_s;
+        int copied = 0;
+        copyTree(files, partial, [&] {
+            if (++copied == 1)
+                reach(u"copying"_s);
+        });
+        if (!QDir().rename(partial, backup + u"/files"_s))
+            throw LibraryError(u"Could not complete the copy of "_s + files);
+    }
     reach(u"copied"_s);
 
     QList<std::pair<QString, QString>> newPaths; // item id, new relative path
@@ -156,6 +169,10 @@ bool run(const QString &root, const Checkpoint &checkpoint)
     }
     if (UserDefaults().boolValue(reorganisedKey))
         return true;
+    // The run opens (and so would create) the database, then removes "files": never on a library
+    // whose database has gone missing.
+    if (LibraryPresence::isMissing(root))
+        return false;
     try {
         reorganise(root, checkpoint);
         return true;

@@ -14,7 +14,10 @@ namespace kivo {
  */
 namespace Reorganiser {
 
-/** Called at named moments of a run, so that tests can stop it there. */
+/**
+ * Called at named moments of a run, so that tests can stop it there: "copying" (the first file
+ * is in the backup), "copied", "moving" (the first file has moved), "moved", "committed".
+ */
 using Checkpoint = std::function<void(const QString &stage)>;
 
 /**

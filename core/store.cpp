@@ -21,8 +21,11 @@ Store::~Store() = default;
 void Store::initialise()
 {
     try {
-        LibraryLocation::ensureLibrary();
         m_libraryRoot = LibraryLocation::root();
+        // Opening creates the file, so a library that vanished would be replaced by an empty one.
+        if (LibraryPresence::isMissing(m_libraryRoot))
+            throw LibraryError(u"there is no library.sqlite in "_s + m_libraryRoot);
+        LibraryLocation::ensureLibrary();
         m_dbQueue = DatabaseQueue::open(LibraryLocation::databasePath());
         LibraryPresence::markOpened();
     } catch (const std::exception &error) {
