@@ -5,3 +5,10 @@ target_sources(kivo_surfaces PRIVATE
     sidebar/collectiontreemodel.cpp sidebar/collectiontreemodel.h
     sidebar/sidebarcontroller.cpp sidebar/sidebarcontroller.h
 )
+qt_target_qml_sources(kivo_surfaces QML_FILES
+    sidebar/CollectionMenu.qml
+    sidebar/CollectionRow.qml
+    sidebar/IconPicker.qml
+    sidebar/SectionHeader.qml
+    sidebar/SortMenu.qml
+)
