@@ -25,9 +25,10 @@ void DetailsController::setStore(Store *store)
         disconnect(m_store, nullptr, this, nullptr);
     m_store = store;
     if (m_store) {
-        // Renames and notes reload the rows, filing reloads the collections; tags only say so.
+        // Renames and notes reload the rows, filing changes the counts; tags only say so.
         connect(m_store, &Store::itemsChanged, this, &DetailsController::refresh);
         connect(m_store, &Store::collectionsChanged, this, &DetailsController::refresh);
+        connect(m_store, &Store::countsChanged, this, &DetailsController::refresh);
         connect(m_store, &Store::tagsChanged, this, [this](const QStringList &ids) {
             if (ids.contains(m_itemId))
                 refresh();
@@ -150,9 +151,9 @@ QString DetailsController::durationText() const
     const qint64 total = qRound64(*m_item->duration);
     const qint64 hours = total / 3600;
     const qint64 minutes = (total % 3600) / 60;
-    const QString seconds = u"%1"_s.arg(total % 60, 2, 10, u'0');
+    const QString seconds = u"%1"_s.arg(total % 60, 2, 10, QChar(u'0'));
     if (hours > 0)
-        return u"%1:%2:%3"_s.arg(hours).arg(minutes, 2, 10, u'0').arg(seconds);
+        return u"%1:%2:%3"_s.arg(hours).arg(minutes, 2, 10, QChar(u'0')).arg(seconds);
     return u"%1:%2"_s.arg(minutes).arg(seconds);
 }
 
