@@ -6,7 +6,7 @@ import Kivo
 // holding it) from the actions that apply. "Add to Collection" opens the collections as a
 // submenu, ending with "New Collection…".
 KivoMenu {
-    id: menu
+    id: contextMenu
 
     required property ItemActions actions
     property string itemId
@@ -14,29 +14,33 @@ KivoMenu {
     objectName: "itemContextMenu"
 
     function openFor(id: string, anchor: Item, x: real, y: real) {
-        menu.itemId = id;
-        menu.rebuild();
-        if (menu.count > 0)
-            menu.popup(anchor, x, y);
+        contextMenu.itemId = id;
+        contextMenu.rebuild();
+        if (contextMenu.count > 0)
+            contextMenu.popup(anchor, x, y);
     }
 
     function clear() {
-        while (menu.count > 0) {
-            const item = menu.takeItem(0);
-            if (item)
-                item.destroy();
+        while (contextMenu.count > 0) {
+            const item = contextMenu.itemAt(0);
+            if (item.subMenu)
+                contextMenu.removeMenu(item.subMenu);
+            else
+                contextMenu.removeItem(item);
         }
     }
 
     function rebuild() {
-        menu.clear();
-        for (const entry of menu.actions.menuFor(menu.itemId)) {
+        contextMenu.clear();
+        for (const entry of contextMenu.actions.menuFor(contextMenu.itemId)) {
             if (entry.separator)
-                menu.addItem(separatorComponent.createObject(null));
-            else if (entry.action === "file")
-                menu.addMenu(fileMenuComponent.createObject(null, { title: entry.text }));
+                contextMenu.addItem(separatorComponent.createObject(null));
+            else if (entry.action === "file") {
+                contextMenu.addMenu(fileMenuComponent.createObject(null, { title: entry.text }));
+                contextMenu.itemAt(contextMenu.count - 1).objectName = "itemAction-file";
+            }
             else
-                menu.addItem(itemComponent.createObject(null, { actionName: entry.action, text: entry.text,
+                contextMenu.addItem(itemComponent.createObject(null, { actionName: entry.action, text: entry.text,
                     shortcutText: entry.shortcut, destructive: entry.destructive }));
         }
     }
@@ -46,7 +50,7 @@ KivoMenu {
         KivoMenuItem {
             property string actionName
             objectName: "itemAction-" + actionName
-            onTriggered: menu.actions.trigger(actionName, menu.itemId)
+            onTriggered: contextMenu.actions.trigger(actionName, contextMenu.itemId)
         }
     }
 
@@ -62,7 +66,7 @@ KivoMenu {
             objectName: "fileIntoMenu"
 
             Instantiator {
-                model: menu.actions.fileChoices(menu.itemId)
+                model: contextMenu.actions.fileChoices(contextMenu.itemId)
                 delegate: KivoMenuItem {
                     required property var modelData
                     objectName: "fileInto-" + modelData.id
@@ -71,7 +75,7 @@ KivoMenu {
                     leftPadding: Theme.space.m + 14 * modelData.depth
                     checkable: true
                     checked: modelData.holdsAll
-                    onTriggered: menu.actions.fileInto(modelData.id, menu.itemId)
+                    onTriggered: contextMenu.actions.fileInto(modelData.id, contextMenu.itemId)
                 }
                 onObjectAdded: (index, object) => fileMenu.insertItem(index, object)
                 onObjectRemoved: (index, object) => fileMenu.removeItem(object)
@@ -81,7 +85,7 @@ KivoMenu {
                 objectName: "fileIntoNew"
                 text: "New Collection…"
                 glyph: "plus"
-                onTriggered: menu.actions.trigger("fileNew", menu.itemId)
+                onTriggered: contextMenu.actions.trigger("fileNew", contextMenu.itemId)
             }
         }
     }

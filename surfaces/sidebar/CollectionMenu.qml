@@ -6,7 +6,7 @@ import Kivo.Services
 // The context menu of a collection in the sidebar. Delete acts on the selected collections when
 // the clicked one is among them.
 KivoMenu {
-    id: menu
+    id: collectionMenu
 
     required property SidebarController controller
     property string collectionId
@@ -18,47 +18,47 @@ KivoMenu {
     property Item anchorItem
 
     function openFor(id: string, anchor: Item, x: real, y: real) {
-        menu.collectionId = id;
-        menu.collection = Store.collectionData(id);
-        menu.anchorItem = anchor;
-        menu.popup(anchor, x, y);
+        collectionMenu.collectionId = id;
+        collectionMenu.collection = Store.collectionData(id);
+        collectionMenu.anchorItem = anchor;
+        collectionMenu.popup(anchor, x, y);
     }
 
     KivoMenuItem {
         objectName: "collectionMenuRename"
         text: "Rename"
         shortcutText: "F2"
-        onTriggered: menu.controller.beginRename(menu.collectionId)
+        onTriggered: collectionMenu.controller.beginRename(collectionMenu.collectionId)
     }
     KivoMenuItem {
         objectName: "collectionMenuNewInside"
         text: "New Collection Inside"
-        onTriggered: menu.controller.createCollection(menu.collectionId)
+        onTriggered: collectionMenu.controller.createCollection(collectionMenu.collectionId)
     }
     KivoMenuSeparator {}
     KivoMenuItem {
         objectName: "collectionMenuPin"
-        text: menu.collection.pinned ? "Unpin" : "Pin"
+        text: collectionMenu.collection.pinned ? "Unpin" : "Pin"
         glyph: "pin"
-        onTriggered: Store.pinCollection(menu.collectionId, !menu.collection.pinned)
+        onTriggered: Store.pinCollection(collectionMenu.collectionId, !collectionMenu.collection.pinned)
     }
     KivoMenuItem {
         objectName: "collectionMenuIcon"
         text: "Choose Icon…"
-        onTriggered: menu.iconRequested(menu.collectionId, menu.anchorItem)
+        onTriggered: collectionMenu.iconRequested(collectionMenu.collectionId, collectionMenu.anchorItem)
     }
     KivoMenuItem {
         objectName: "collectionMenuTopLevel"
         text: "Move to Top Level"
-        enabled: (menu.collection.parentId ?? "").length > 0
-        onTriggered: Store.moveCollection(menu.collectionId, "")
+        enabled: (collectionMenu.collection.parentId ?? "").length > 0
+        onTriggered: Store.moveCollection(collectionMenu.collectionId, "")
     }
     KivoMenuSeparator {}
     KivoMenuItem {
         objectName: "collectionMenuDelete"
-        text: menu.targets.length > 1 ? "Delete " + menu.targets.length + " Collections" : "Delete Collection"
+        text: collectionMenu.targets.length > 1 ? "Delete " + collectionMenu.targets.length + " Collections" : "Delete Collection"
         shortcutText: "Del"
         destructive: true
-        onTriggered: menu.controller.deleteCollection(menu.collectionId)
+        onTriggered: collectionMenu.controller.deleteCollection(collectionMenu.collectionId)
     }
 }

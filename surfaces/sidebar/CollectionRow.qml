@@ -75,6 +75,7 @@ Item {
 
         Item {
             id: disclosure
+            objectName: "disclosure"
             x: Theme.space.xxs + row.depth * 14
             width: 16
             height: parent.height

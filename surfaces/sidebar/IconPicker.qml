@@ -27,6 +27,8 @@ Basic.Popup {
     }
 
     padding: Theme.space.s
+    // Kept inside the window, so a row near the foot opens it upwards.
+    margins: Theme.space.s
     modal: false
     focus: true
     closePolicy: Basic.Popup.CloseOnEscape | Basic.Popup.CloseOnPressOutside

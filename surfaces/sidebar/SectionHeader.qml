@@ -26,9 +26,16 @@ Item {
 
         HoverHandler { id: hover }
 
-        TapHandler {
-            enabled: header.collapsible
-            onTapped: header.toggled()
+        Item {
+            // The heading's own click area stops short of its buttons, so they never fold it.
+            anchors.left: parent.left
+            anchors.right: buttons.left
+            height: parent.height
+
+            TapHandler {
+                enabled: header.collapsible
+                onTapped: header.toggled()
+            }
         }
 
         Text {

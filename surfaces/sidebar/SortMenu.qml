@@ -5,7 +5,7 @@ import Kivo.Services
 
 // How the collection tree orders each level, and whether the order is turned round.
 KivoMenu {
-    id: menu
+    id: sortMenu
 
     readonly property var choices: [
         { value: "manual", text: "Manual" },
@@ -14,8 +14,8 @@ KivoMenu {
         { value: "recentlyCreated", text: "Recently Created" }
     ]
 
-    Repeater {
-        model: menu.choices
+    Instantiator {
+        model: sortMenu.choices
         delegate: KivoMenuItem {
             required property var modelData
             objectName: "sort-" + modelData.value
@@ -24,6 +24,8 @@ KivoMenu {
             checked: AppSettings.collectionSort === modelData.value
             onTriggered: AppSettings.collectionSort = modelData.value
         }
+        onObjectAdded: (index, object) => sortMenu.insertItem(index, object)
+        onObjectRemoved: (index, object) => sortMenu.removeItem(object)
     }
     KivoMenuSeparator {}
     KivoMenuItem {

@@ -242,8 +242,10 @@ Window {
     }
 
     // Window keys. Back and forward also come from the mouse's side buttons (below).
-    Shortcut { sequences: ["Alt+Left", "Ctrl+[", StandardKey.Back]; onActivated: Store.goBack() }
-    Shortcut { sequences: ["Alt+Right", "Ctrl+]", StandardKey.Forward]; onActivated: Store.goForward() }
+    // (The desktop's standard Back and Forward are Alt+Left and Alt+Right; listing both would make
+    // the keys ambiguous, and an ambiguous shortcut does nothing.)
+    Shortcut { sequences: ["Alt+Left", "Ctrl+[", "Back"]; onActivated: Store.goBack() }
+    Shortcut { sequences: ["Alt+Right", "Ctrl+]", "Forward"]; onActivated: Store.goForward() }
     Shortcut { sequence: "Ctrl+Shift+N"; onActivated: sidebar.newCollection() }
     Shortcut { sequence: "Ctrl+I"; onActivated: windowController.toggleDetails() }
     Shortcut { sequence: "Ctrl+F"; onActivated: toolbar.searchField.forceActiveFocus() }
@@ -252,12 +254,14 @@ Window {
         onActivated: windowController.toggleSidebar()
     }
 
+    // The item keys act where the items are: not while a field or the sidebar (with keys of its
+    // own for collections) has the focus.
     Instantiator {
         model: itemActions.shortcuts
         delegate: Shortcut {
             required property var modelData
             sequence: modelData.sequence
-            enabled: !window.typing
+            enabled: !window.typing && !sidebar.activeFocus
             onActivated: itemActions.triggerFromKeyboard(modelData.action)
         }
     }

@@ -127,6 +127,7 @@ Item {
 
                 Text {
                     id: actionLabel
+                    objectName: "toastActionText"
                     anchors.centerIn: parent
                     text: area.actionText
                     color: Theme.dark ? Theme.accentFill : "#a9b8ff"
