@@ -185,7 +185,7 @@ Rectangle {
 
                     Repeater {
                         model: details.tags
-                        delegate: TagChip {
+                        delegate: TagPill {
                             required property var modelData
                             name: modelData.name
                             onRemoveRequested: details.removeTag(modelData.tagId)
@@ -193,7 +193,7 @@ Rectangle {
                     }
                     Repeater {
                         model: details.suggestedTags
-                        delegate: TagChip {
+                        delegate: TagPill {
                             required property var modelData
                             name: modelData.name
                             suggested: true

@@ -8,5 +8,5 @@ qt_target_qml_sources(kivo_surfaces QML_FILES
     details/DetailsPanel.qml
     details/DetailsSection.qml
     details/InfoLine.qml
-    details/TagChip.qml
+    details/TagPill.qml
 )
