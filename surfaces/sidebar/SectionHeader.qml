@@ -24,14 +24,13 @@ Item {
         radius: Theme.radius.m
         color: hover.hovered && header.collapsible ? Theme.hover : "transparent"
 
-        HoverHandler { id: hover }
-
         Item {
-            // The heading's own click area stops short of its buttons, so they never fold it.
+            // The heading's own area stops short of its buttons, so they never fold it.
             anchors.left: parent.left
             anchors.right: buttons.left
             height: parent.height
 
+            HoverHandler { id: hover }
             TapHandler {
                 enabled: header.collapsible
                 onTapped: header.toggled()

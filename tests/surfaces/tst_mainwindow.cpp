@@ -312,7 +312,7 @@ void TestMainWindow::toastsShowTheirButtonAndLeave()
     LoadedWindow loaded;
     QVERIFY(loaded.open());
     kivo::Store &store = loaded.world.store;
-    loaded.item(u"toastArea"_s)->setProperty("timeout", 400);
+    loaded.item(u"toastArea"_s)->setProperty("timeout", 2000);
     QQuickItem *toast = loaded.item(u"toast"_s);
     QVERIFY(!kivo::test::isShown(toast));
 
@@ -335,6 +335,7 @@ void TestMainWindow::toastsShowTheirButtonAndLeave()
     QTRY_VERIFY(!kivo::test::isShown(toast));
 
     // A toast without a button leaves by itself, and the Store forgets it.
+    loaded.item(u"toastArea"_s)->setProperty("timeout", 400);
     store.showToast(u"Copied"_s);
     QTRY_VERIFY(kivo::test::isShown(toast));
     QVERIFY(!loaded.item(u"toastAction"_s)->isVisible());
