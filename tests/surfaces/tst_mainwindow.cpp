@@ -33,6 +33,7 @@ private Q_SLOTS:
     void collectionTreeRenamesFoldsAndPins();
     void historyFollowsButtonsKeysAndMouse();
     void sidebarHidesAndResizes();
+    void toolbarSearchesAndSwitchesTheView();
     void toastsShowTheirButtonAndLeave();
     void detailsPanelEditsTheItem();
     void itemMenuRunsTheActions();
@@ -305,6 +306,30 @@ void TestMainWindow::sidebarHidesAndResizes()
     QTRY_VERIFY(toolbar->mapToScene({}).x() > 300);
     kivo::test::clickItem(loaded.window, loaded.item(u"hideSidebar"_s));
     QVERIFY(!loaded.world.settings.sidebarVisible());
+}
+
+void TestMainWindow::toolbarSearchesAndSwitchesTheView()
+{
+    LoadedWindow loaded;
+    QVERIFY(loaded.open());
+    kivo::Store &store = loaded.world.store;
+    // Ctrl+F puts the keys in the search field; what is typed is the Store's search text.
+    QTest::keyClick(loaded.window, Qt::Key_F, Qt::ControlModifier);
+    QTRY_VERIFY(loaded.item(u"searchField"_s)->hasActiveFocus());
+    kivo::test::typeText(loaded.window, u"harbour"_s);
+    QCOMPARE(store.searchText(), u"harbour"_s);
+    // A new selection clears it, and the field shows that.
+    store.setSelectionKey(u"favourites"_s);
+    QCOMPARE(loaded.textOf(u"searchField"_s), QString());
+
+    loaded.click(u"viewMode-list"_s);
+    QCOMPARE(store.viewModeName(), u"list"_s);
+    loaded.click(u"viewMode-timeline"_s);
+    QCOMPARE(store.viewModeName(), u"timeline"_s);
+    // A user's choice is kept for the selection.
+    QCOMPARE(kivo::UserDefaults().stringValue(u"viewMode.favourites"_s), u"timeline"_s);
+    loaded.click(u"viewMode-cards"_s);
+    QCOMPARE(store.viewModeName(), u"cards"_s);
 }
 
 void TestMainWindow::toastsShowTheirButtonAndLeave()
