@@ -43,7 +43,6 @@ Item {
     Drag.dragType: Drag.Automatic
     Drag.supportedActions: Qt.MoveAction
     Drag.mimeData: ({ "text/plain": "KIVO-COLLECTION " + row.collectionId })
-    Drag.active: dragHandler.active
 
     onRenamingChanged: {
         if (renaming) {
@@ -213,9 +212,21 @@ Item {
     }
 
     DragHandler {
+        // The drag starts once the pointer has moved far enough; its picture is the row itself,
+        // taken at the press. The drag ends itself (with the drop), so no binding holds it.
         id: dragHandler
         target: null
         enabled: !row.renaming
+        onGrabChanged: (transition, point) => {
+            if (transition === PointerDevice.GrabPassive || transition === PointerDevice.GrabExclusive)
+                background.grabToImage(result => row.Drag.imageSource = result.url);
+        }
+        onActiveChanged: {
+            if (active) {
+                row.Drag.hotSpot = Qt.point(centroid.pressPosition.x, centroid.pressPosition.y);
+                row.Drag.active = true;
+            }
+        }
     }
 
     DropArea {

@@ -61,11 +61,28 @@ bool xdotool(const QStringList &arguments)
     return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
 
-/** The screen position, as xdotool wants it, of the middle of an item. */
-QStringList screenPoint(QQuickItem *item)
+/** The screen position, as xdotool wants it, of a point of an item (its middle by default). */
+QStringList screenPoint(QQuickItem *item, double fractionY = 0.5)
 {
-    const QPoint point = item->mapToGlobal(QPointF(item->width() / 2, item->height() / 2)).toPoint();
+    const QPoint point = item->mapToGlobal(QPointF(item->width() / 2, item->height() * fractionY)).toPoint();
     return {QString::number(point.x()), QString::number(point.y())};
+}
+
+/** A press at `from`, small steps past the drag threshold, a glide to `to`, a rest, a release. */
+QStringList dragPath(const QStringList &from, const QStringList &to)
+{
+    const int x0 = from.at(0).toInt();
+    const int y0 = from.at(1).toInt();
+    QStringList path{u"mousemove"_s, from.at(0), from.at(1), u"mousedown"_s, u"1"_s};
+    for (int step = 1; step <= 4; ++step)
+        path += {u"mousemove"_s, QString::number(x0 + 4 * step), QString::number(y0), u"sleep"_s, u"0.05"_s};
+    for (int step = 1; step <= 10; ++step) {
+        const int x = x0 + (to.at(0).toInt() - x0) * step / 10;
+        const int y = y0 + (to.at(1).toInt() - y0) * step / 10;
+        path += {u"mousemove"_s, QString::number(x), QString::number(y), u"sleep"_s, u"0.05"_s};
+    }
+    path += {u"sleep"_s, u"0.3"_s, u"mouseup"_s, u"1"_s};
+    return path;
 }
 
 } // namespace
@@ -76,6 +93,7 @@ class TestSidebarFlow : public QObject
 
 private Q_SLOTS:
     void makeFileDeleteAndUndo();
+    void collectionsNestAndReorderByDrag();
 };
 
 void TestSidebarFlow::makeFileDeleteAndUndo()
@@ -132,18 +150,7 @@ void TestSidebarFlow::makeFileDeleteAndUndo()
 
     // 2. The card dragged onto the collection's row is filed into it.
     loaded.settle();
-    const QStringList from = screenPoint(card);
-    const QStringList to = screenPoint(loaded.item(u"collection-"_s + collectionId));
-    QStringList drag{u"mousemove"_s, from.at(0), from.at(1), u"mousedown"_s, u"1"_s};
-    // Small steps first to pass the drag threshold, then across to the row and a rest there.
-    for (int step = 1; step <= 4; ++step)
-        drag += {u"mousemove"_s, QString::number(from.at(0).toInt() + 4 * step), from.at(1), u"sleep"_s, u"0.05"_s};
-    for (int step = 1; step <= 10; ++step) {
-        const int x = from.at(0).toInt() + (to.at(0).toInt() - from.at(0).toInt()) * step / 10;
-        const int y = from.at(1).toInt() + (to.at(1).toInt() - from.at(1).toInt()) * step / 10;
-        drag += {u"mousemove"_s, QString::number(x), QString::number(y), u"sleep"_s, u"0.05"_s};
-    }
-    drag += {u"sleep"_s, u"0.3"_s, u"mouseup"_s, u"1"_s};
+    const QStringList drag = dragPath(screenPoint(card), screenPoint(loaded.item(u"collection-"_s + collectionId)));
     QVERIFY(xdotool(drag));
     QTRY_COMPARE_WITH_TIMEOUT(query(u"SELECT COUNT(*) FROM itemCollection WHERE itemId = ? AND collectionId = ?"_s,
                                     {itemId, collectionId}).toInt(), 1, 10000);
@@ -174,6 +181,47 @@ void TestSidebarFlow::makeFileDeleteAndUndo()
     QTRY_COMPARE(loaded.textOf(u"collection-"_s + collectionId, u"title"_s), u"Moodboard"_s);
     QTRY_VERIFY(!kivo::test::isShown(loaded.item(u"toast"_s)));
     loaded.screenshot(u"flow-5-undone.png"_s);
+}
+
+void TestSidebarFlow::collectionsNestAndReorderByDrag()
+{
+    LoadedWindow loaded;
+    const QString art = loaded.world.addCollection(u"Art"_s);
+    const QString food = loaded.world.addCollection(u"Food"_s);
+    const QString travel = loaded.world.addCollection(u"Travel"_s);
+    QVERIFY(loaded.open());
+    loaded.window->setPosition(0, 0);
+    loaded.window->requestActivate();
+    QVERIFY(QTest::qWaitForWindowActive(loaded.window));
+    const auto parentOf = [&](const QString &id) {
+        return loaded.world.scalar(u"SELECT parentId FROM collection WHERE id = ?"_s, {id}).toString();
+    };
+    const auto row = [&](const QString &id) { return loaded.item(u"collection-"_s + id); };
+
+    // Food dropped on the middle of Art's row goes inside Art.
+    loaded.settle();
+    QVERIFY(xdotool(dragPath(screenPoint(row(food)), screenPoint(row(art)))));
+    QTRY_COMPARE_WITH_TIMEOUT(parentOf(food), art, 10000);
+    QTRY_COMPARE(loaded.world.store.toast(), u"Food Filed Inside Art"_s);
+    loaded.settle();
+    QVERIFY(row(food)->mapToScene({}).y() > row(art)->mapToScene({}).y());
+    loaded.screenshot(u"flow-6-nested.png"_s);
+
+    // Travel dropped on the upper edge of Art's row goes above it, at the top level.
+    QVERIFY(xdotool(dragPath(screenPoint(row(travel)), screenPoint(row(art), 0.12))));
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.world.scalar(u"SELECT sortIndex FROM collection WHERE id = ?"_s, {travel}).toInt(), 0, 10000);
+    QCOMPARE(loaded.world.scalar(u"SELECT sortIndex FROM collection WHERE id = ?"_s, {art}).toInt(), 1);
+    QVERIFY(parentOf(travel).isEmpty());
+    loaded.settle();
+    QTRY_VERIFY(row(travel)->mapToScene({}).y() < row(art)->mapToScene({}).y());
+
+    // Art dropped on its own child is refused with the toast, and nothing moves.
+    loaded.settle();
+    QVERIFY(xdotool(dragPath(screenPoint(row(art)), screenPoint(row(food)))));
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.world.store.toast(), u"That Would Make a Loop"_s, 10000);
+    QVERIFY(parentOf(art).isEmpty());
+    QCOMPARE(parentOf(food), art);
+    loaded.screenshot(u"flow-7-loop-refused.png"_s);
 }
 
 int main(int argc, char **argv)
