@@ -16,9 +16,8 @@ namespace kivo {
 FileManagerReveal::FileManagerReveal(const QDBusConnection &bus, FolderOpener openFolder, QObject *parent)
     : QObject(parent)
     , m_bus(bus)
-    , m_openFolder(openFolder ? std::move(openFolder) : FolderOpener([](const QUrl &folder) {
-        QDesktopServices::openUrl(folder);
-    }))
+    , m_openFolder(openFolder ? std::move(openFolder)
+                              : FolderOpener([](const QUrl &folder) { QDesktopServices::openUrl(folder); }))
 {
 }
 
@@ -29,8 +28,8 @@ void FileManagerReveal::reveal(const QStringList &paths)
     QStringList uris;
     for (const QString &path : paths)
         uris.append(QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded));
-    QDBusMessage call = QDBusMessage::createMethodCall(u"org.freedesktop.FileManager1"_s, u"/org/freedesktop/FileManager1"_s,
-                                                       u"org.freedesktop.FileManager1"_s, u"ShowItems"_s);
+    QDBusMessage call = QDBusMessage::createMethodCall(u"org.freedesktop.FileManager1"_s,
+        u"/org/freedesktop/FileManager1"_s, u"org.freedesktop.FileManager1"_s, u"ShowItems"_s);
     call << uris << QString();
     if (!m_bus.isConnected()) {
         openFolders(paths);

@@ -24,7 +24,7 @@ public:
 
     /** Calls on `bus`; `openFolder` is the fallback, the desktop's default opener unless a caller gives its own. */
     explicit FileManagerReveal(const QDBusConnection &bus = QDBusConnection::sessionBus(), FolderOpener openFolder = {},
-                               QObject *parent = nullptr);
+        QObject *parent = nullptr);
 
     /** Asks the file manager to show these files (absolute paths) selected. */
     void reveal(const QStringList &paths);

@@ -20,13 +20,20 @@ struct Shortcut {
 const QList<Shortcut> &shortcutTable()
 {
     static const QList<Shortcut> table{
-        {u"favourite"_s, u"Ctrl+D"_s},          {u"hide"_s, u"Ctrl+H"_s},
-        {u"unhide"_s, u"Ctrl+H"_s},             {u"trash"_s, u"Del"_s},
-        {u"restore"_s, u"Ctrl+R"_s},            {u"rename"_s, u"F2"_s},
-        {u"tag"_s, u"Ctrl+T"_s},                {u"file"_s, u"Ctrl+Shift+F"_s},
-        {u"removeFromCollection"_s, u"Ctrl+Backspace"_s}, {u"copy"_s, u"Ctrl+C"_s},
-        {u"copyLinks"_s, u"Ctrl+Shift+C"_s},    {u"copyPaths"_s, u"Ctrl+Alt+C"_s},
-        {u"reveal"_s, u"Ctrl+Shift+R"_s},       {u"saveToDownloads"_s, u"Ctrl+Shift+S"_s},
+        {u"favourite"_s, u"Ctrl+D"_s},
+        {u"hide"_s, u"Ctrl+H"_s},
+        {u"unhide"_s, u"Ctrl+H"_s},
+        {u"trash"_s, u"Del"_s},
+        {u"restore"_s, u"Ctrl+R"_s},
+        {u"rename"_s, u"F2"_s},
+        {u"tag"_s, u"Ctrl+T"_s},
+        {u"file"_s, u"Ctrl+Shift+F"_s},
+        {u"removeFromCollection"_s, u"Ctrl+Backspace"_s},
+        {u"copy"_s, u"Ctrl+C"_s},
+        {u"copyLinks"_s, u"Ctrl+Shift+C"_s},
+        {u"copyPaths"_s, u"Ctrl+Alt+C"_s},
+        {u"reveal"_s, u"Ctrl+Shift+R"_s},
+        {u"saveToDownloads"_s, u"Ctrl+Shift+S"_s},
     };
     return table;
 }
@@ -42,15 +49,15 @@ QString sequenceOf(const QString &action)
 
 QVariantMap entry(const QString &action, const QString &text, bool destructive = false)
 {
-    return {{u"action"_s, action}, {u"text"_s, text}, {u"shortcut"_s, sequenceOf(action)}, {u"destructive"_s, destructive}};
+    return {
+        {u"action"_s, action}, {u"text"_s, text}, {u"shortcut"_s, sequenceOf(action)}, {u"destructive"_s, destructive}};
 }
 
 const QVariantMap separator{{u"separator"_s, true}};
 
 } // namespace
 
-ItemActions::ItemActions(QObject *parent)
-    : QObject(parent)
+ItemActions::ItemActions(QObject *parent) : QObject(parent)
 {
 }
 
@@ -110,8 +117,10 @@ QVariantList ItemActions::menuFor(const QString &itemId) const
         if (const auto item = m_store->itemById(id))
             items.append(*item);
     }
-    const bool allFavourite = std::all_of(items.cbegin(), items.cend(), [](const LibraryItem &i) { return i.favourite; });
-    const bool allHidden = std::all_of(items.cbegin(), items.cend(), [](const LibraryItem &i) { return i.hiddenAt.has_value(); });
+    const bool allFavourite
+        = std::all_of(items.cbegin(), items.cend(), [](const LibraryItem &i) { return i.favourite; });
+    const bool allHidden
+        = std::all_of(items.cbegin(), items.cend(), [](const LibraryItem &i) { return i.hiddenAt.has_value(); });
     const bool inTrash = m_store->selection().kind() == SidebarSelection::Kind::trash;
 
     QVariantList menu;
@@ -226,7 +235,7 @@ QVariantList ItemActions::fileChoices(const QString &itemId) const
     QVariantList choices;
     if (const auto &inbox = m_store->inboxCollection()) {
         choices.append(QVariantMap{{u"id"_s, inbox->id}, {u"name"_s, inbox->name}, {u"depth"_s, 0},
-                                   {u"icon"_s, u"inbox"_s}, {u"holdsAll"_s, holding.contains(inbox->id)}});
+            {u"icon"_s, u"inbox"_s}, {u"holdsAll"_s, holding.contains(inbox->id)}});
     }
     for (const QVariant &choice : m_store->collectionChoices()) {
         QVariantMap map = choice.toMap();

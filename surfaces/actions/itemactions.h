@@ -49,7 +49,8 @@ public:
     /** Runs the action of a key on the key target, if it applies there. */
     Q_INVOKABLE bool triggerFromKeyboard(const QString &action);
 
-    /** Collections to file into, in sidebar order: maps of id, name, depth, icon, and holdsAll (every target is in it already). */
+    /** Collections to file into, in sidebar order: maps of id, name, depth, icon, and holdsAll (every target is in it
+     * already). */
     Q_INVOKABLE QVariantList fileChoices(const QString &itemId) const;
     Q_INVOKABLE bool fileInto(const QString &collectionId, const QString &itemId);
     /** Makes a collection of that name and files the targets into it. */

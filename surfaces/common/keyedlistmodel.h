@@ -25,8 +25,7 @@ protected:
      * Brings `rows` to `next` through the model's change signals. `keyOf` gives a row's key; rows
      * under the same key that compare unequal get a dataChanged for all roles.
      */
-    template<typename Row, typename KeyOf>
-    void replaceRows(QList<Row> &rows, const QList<Row> &next, KeyOf keyOf)
+    template <typename Row, typename KeyOf> void replaceRows(QList<Row> &rows, const QList<Row> &next, KeyOf keyOf)
     {
         QSet<QString> nextKeys;
         for (const Row &row : next)

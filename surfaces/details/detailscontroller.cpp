@@ -12,8 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace kivo {
 
-DetailsController::DetailsController(QObject *parent)
-    : QObject(parent)
+DetailsController::DetailsController(QObject *parent) : QObject(parent)
 {
 }
 
@@ -67,7 +66,7 @@ void DetailsController::refresh()
             const QVariantMap map = choice.toMap();
             if (memberOf.contains(map.value(u"id"_s).toString())) {
                 m_collections.append(QVariantMap{{u"id"_s, map.value(u"id"_s)}, {u"name"_s, map.value(u"name"_s)},
-                                                 {u"path"_s, map.value(u"path"_s)}});
+                    {u"path"_s, map.value(u"path"_s)}});
             }
         }
     }
@@ -103,8 +102,7 @@ QString DetailsController::kind() const
 QString DetailsController::kindText() const
 {
     static const QHash<QString, QString> names{{u"image"_s, u"Image"_s}, {u"video"_s, u"Video"_s},
-                                               {u"link"_s, u"Link"_s},   {u"text"_s, u"Note"_s},
-                                               {u"file"_s, u"File"_s}};
+        {u"link"_s, u"Link"_s}, {u"text"_s, u"Note"_s}, {u"file"_s, u"File"_s}};
     return m_item ? names.value(m_item->kind, u"File"_s) : QString();
 }
 

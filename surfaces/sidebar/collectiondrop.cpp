@@ -9,15 +9,15 @@ QString drawnParent(const QList<LibraryCollection> &collections, const LibraryCo
     const QString parent = collection.parentId.value_or(QString());
     if (parent.isEmpty() || parent == collection.id)
         return {};
-    const bool present = std::any_of(collections.cbegin(), collections.cend(),
-                                     [&](const LibraryCollection &c) { return c.id == parent; });
+    const bool present = std::any_of(
+        collections.cbegin(), collections.cend(), [&](const LibraryCollection &c) { return c.id == parent; });
     return present ? parent : QString();
 }
 
 std::optional<Placement> placementForGap(const Tree &tree, const QString &movedId, int gap)
 {
     const auto moved = std::find_if(tree.collections.cbegin(), tree.collections.cend(),
-                                    [&](const LibraryCollection &c) { return c.id == movedId; });
+        [&](const LibraryCollection &c) { return c.id == movedId; });
     if (moved == tree.collections.cend() || gap < 0 || gap > tree.rows.size())
         return std::nullopt;
 
@@ -38,7 +38,8 @@ std::optional<Placement> placementForGap(const Tree &tree, const QString &movedI
             siblings.append(collection);
     }
     QStringList ids;
-    for (const LibraryCollection &sibling : CollectionTree::orderSiblings(siblings, tree.sort, tree.reversed, tree.rollup))
+    for (const LibraryCollection &sibling :
+        CollectionTree::orderSiblings(siblings, tree.sort, tree.reversed, tree.rollup))
         ids.append(sibling.id);
     const qsizetype at = beforeId.isEmpty() ? ids.size() : ids.indexOf(beforeId);
     ids.insert(at < 0 ? ids.size() : at, movedId);
@@ -51,7 +52,8 @@ std::optional<Placement> placementForGap(const Tree &tree, const QString &movedI
                 current.append(collection);
         }
         QStringList currentIds;
-        for (const LibraryCollection &sibling : CollectionTree::orderSiblings(current, tree.sort, tree.reversed, tree.rollup))
+        for (const LibraryCollection &sibling :
+            CollectionTree::orderSiblings(current, tree.sort, tree.reversed, tree.rollup))
             currentIds.append(sibling.id);
         if (currentIds == ids)
             return std::nullopt;

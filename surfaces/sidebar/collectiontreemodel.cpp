@@ -7,8 +7,7 @@ using namespace Qt::StringLiterals;
 
 namespace kivo {
 
-CollectionTreeModel::CollectionTreeModel(QObject *parent)
-    : KeyedListModel(parent)
+CollectionTreeModel::CollectionTreeModel(QObject *parent) : KeyedListModel(parent)
 {
 }
 
@@ -50,9 +49,9 @@ QVariant CollectionTreeModel::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> CollectionTreeModel::roleNames() const
 {
-    return {{IdRole, "collectionId"}, {NameRole, "name"},   {DepthRole, "depth"}, {HasChildrenRole, "hasChildren"},
-            {ExpandedRole, "expanded"},  {CountRole, "count"}, {IconRole, "icon"},   {PinnedRole, "pinned"},
-            {ParentIdRole, "parentId"}};
+    return {{IdRole, "collectionId"}, {NameRole, "name"}, {DepthRole, "depth"}, {HasChildrenRole, "hasChildren"},
+        {ExpandedRole, "expanded"}, {CountRole, "count"}, {IconRole, "icon"}, {PinnedRole, "pinned"},
+        {ParentIdRole, "parentId"}};
 }
 
 void CollectionTreeModel::setStore(Store *store)
@@ -64,7 +63,7 @@ void CollectionTreeModel::setStore(Store *store)
     m_store = store;
     if (m_store) {
         for (const auto signal : {&Store::collectionsChanged, &Store::countsChanged, &Store::collectionActivityChanged,
-                                  &Store::collapsedCollectionsChanged, &Store::semanticIconsChanged})
+                 &Store::collapsedCollectionsChanged, &Store::semanticIconsChanged})
             connect(m_store, signal, this, &CollectionTreeModel::pullFromStore);
     }
     Q_EMIT storeChanged();
@@ -148,8 +147,8 @@ void CollectionTreeModel::rebuild()
         for (const LibraryCollection &collection : CollectionTree::pinned(m_source.collections))
             tree.append({collection, 0, false});
     } else {
-        tree = CollectionTree::flatten(m_source.collections, m_source.sort, m_source.reversed, m_source.activityRollup,
-                                       m_source.collapsed);
+        tree = CollectionTree::flatten(
+            m_source.collections, m_source.sort, m_source.reversed, m_source.activityRollup, m_source.collapsed);
     }
     QList<Row> next;
     next.reserve(tree.size());

@@ -12,8 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace kivo {
 
-SidebarController::SidebarController(QObject *parent)
-    : QObject(parent)
+SidebarController::SidebarController(QObject *parent) : QObject(parent)
 {
 }
 
@@ -166,8 +165,8 @@ bool SidebarController::dropInGap(const QString &text, int gap)
     if (!m_store || !m_tree || moved.isEmpty())
         return false;
     const CollectionTreeModel::Source &source = m_tree->source();
-    const CollectionDrop::Tree tree{source.collections, m_tree->treeRows(), source.sort, source.reversed,
-                                    source.activityRollup};
+    const CollectionDrop::Tree tree{
+        source.collections, m_tree->treeRows(), source.sort, source.reversed, source.activityRollup};
     const auto placement = CollectionDrop::placementForGap(tree, moved, gap);
     if (!placement)
         return false;
@@ -230,7 +229,8 @@ void SidebarController::moveSelection(int step)
             at = later;
     }
     const qsizetype target = std::clamp<qsizetype>(at < 0 ? 0 : at + step, 0, keys.size() - 1);
-    const qsizetype treeStart = keys.size() - (m_tree && (!m_settings || m_settings->collectionsSectionExpanded()) ? m_tree->rowCount() : 0);
+    const qsizetype treeStart
+        = keys.size() - (m_tree && (!m_settings || m_settings->collectionsSectionExpanded()) ? m_tree->rowCount() : 0);
     if (target >= treeStart)
         setFocusSection(u"collections"_s);
     else if (target >= treeStart - pinnedCount)

@@ -7,22 +7,22 @@ using namespace Qt::StringLiterals;
 
 namespace kivo {
 
-SidebarModel::SidebarModel(QObject *parent)
-    : QAbstractListModel(parent)
+SidebarModel::SidebarModel(QObject *parent) : QAbstractListModel(parent)
 {
 }
 
 QList<SidebarModel::Entry> SidebarModel::entries(const QString &section)
 {
     if (section == u"library") {
-        return {{u"all"_s, u"All"_s, u"all"_s},           {u"inbox"_s, u"Inbox"_s, u"inbox"_s},
-                {u"favourites"_s, u"Favourites"_s, u"favourites"_s}, {u"links"_s, u"Links"_s, u"links"_s},
-                {u"trash"_s, u"Trash"_s, u"trash"_s},     {u"hidden"_s, u"Hidden"_s, u"hidden"_s}};
+        return {{u"all"_s, u"All"_s, u"all"_s}, {u"inbox"_s, u"Inbox"_s, u"inbox"_s},
+            {u"favourites"_s, u"Favourites"_s, u"favourites"_s}, {u"links"_s, u"Links"_s, u"links"_s},
+            {u"trash"_s, u"Trash"_s, u"trash"_s}, {u"hidden"_s, u"Hidden"_s, u"hidden"_s}};
     }
     if (section != u"types")
         return {};
     // The kind filters in their fixed order; their keys are "type-" and the filter's raw string.
-    const QStringList titles{u"Images"_s, u"Videos"_s, u"Links"_s, u"Documents"_s, u"Tweets"_s, u"Instagram"_s, u"Audio"_s};
+    const QStringList titles{
+        u"Images"_s, u"Videos"_s, u"Links"_s, u"Documents"_s, u"Tweets"_s, u"Instagram"_s, u"Audio"_s};
     QList<Entry> types;
     const QList<MediaTypeFilter> &filters = allMediaTypeFilters();
     for (qsizetype index = 0; index < filters.size(); ++index) {

@@ -83,7 +83,8 @@ void TestFileManagerReveal::revealsOrOpensTheFolders()
     manager.refuse = fileManager == u"refuses";
     if (fileManager != u"none") {
         QDBusConnection serverBus = QDBusConnection::connectToBus(m_address, u"filemanager"_s);
-        QVERIFY(serverBus.registerObject(u"/org/freedesktop/FileManager1"_s, &manager, QDBusConnection::ExportAllSlots));
+        QVERIFY(
+            serverBus.registerObject(u"/org/freedesktop/FileManager1"_s, &manager, QDBusConnection::ExportAllSlots));
         QVERIFY(serverBus.registerService(u"org.freedesktop.FileManager1"_s));
     }
     const auto stopServer = qScopeGuard([&] {
@@ -100,21 +101,22 @@ void TestFileManagerReveal::revealsOrOpensTheFolders()
     QSignalSpy finished(&reveal, &kivo::FileManagerReveal::finished);
     // Two files in one folder, one in another; a space and a non-ASCII letter in the names.
     reveal.reveal({u"/library/items/2024-06/sea view.jpg"_s, u"/library/items/2024-06/été.png"_s,
-                   u"/library/items/2024-07/notes.txt"_s});
+        u"/library/items/2024-07/notes.txt"_s});
     QTRY_COMPARE(finished.size(), 1);
 
     if (fileManager == u"answers") {
         QCOMPARE(finished.constFirst().constFirst().toBool(), true);
         QCOMPARE(manager.shown.size(), 1);
         QCOMPARE(manager.shown.constFirst(),
-                 (QStringList{u"file:///library/items/2024-06/sea%20view.jpg"_s, u"file:///library/items/2024-06/%C3%A9t%C3%A9.png"_s,
-                              u"file:///library/items/2024-07/notes.txt"_s}));
+            (QStringList{u"file:///library/items/2024-06/sea%20view.jpg"_s,
+                u"file:///library/items/2024-06/%C3%A9t%C3%A9.png"_s, u"file:///library/items/2024-07/notes.txt"_s}));
         QVERIFY(opened.isEmpty());
     } else {
         QCOMPARE(finished.constFirst().constFirst().toBool(), false);
         QVERIFY(manager.shown.isEmpty());
-        QCOMPARE(opened, (QList<QUrl>{QUrl::fromLocalFile(u"/library/items/2024-06"_s),
-                                      QUrl::fromLocalFile(u"/library/items/2024-07"_s)}));
+        QCOMPARE(opened,
+            (QList<QUrl>{
+                QUrl::fromLocalFile(u"/library/items/2024-06"_s), QUrl::fromLocalFile(u"/library/items/2024-07"_s)}));
     }
 }
 

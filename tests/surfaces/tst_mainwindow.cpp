@@ -46,13 +46,20 @@ void TestMainWindow::sidebarListsItsSectionsInOrder()
     LoadedWindow loaded;
     QVERIFY(loaded.open());
     const QList<std::pair<QString, QString>> expected{
-        {u"sidebar-all"_s, u"All"_s},           {u"sidebar-inbox"_s, u"Inbox"_s},
-        {u"sidebar-favourites"_s, u"Favourites"_s}, {u"sidebar-links"_s, u"Links"_s},
-        {u"sidebar-trash"_s, u"Trash"_s},       {u"sidebar-hidden"_s, u"Hidden"_s},
-        {u"typesHeader"_s, u"Types"_s},         {u"sidebar-type-image"_s, u"Images"_s},
-        {u"sidebar-type-videos"_s, u"Videos"_s}, {u"sidebar-type-links"_s, u"Links"_s},
-        {u"sidebar-type-documents"_s, u"Documents"_s}, {u"sidebar-type-tweets"_s, u"Tweets"_s},
-        {u"sidebar-type-instagram"_s, u"Instagram"_s}, {u"sidebar-type-audio"_s, u"Audio"_s},
+        {u"sidebar-all"_s, u"All"_s},
+        {u"sidebar-inbox"_s, u"Inbox"_s},
+        {u"sidebar-favourites"_s, u"Favourites"_s},
+        {u"sidebar-links"_s, u"Links"_s},
+        {u"sidebar-trash"_s, u"Trash"_s},
+        {u"sidebar-hidden"_s, u"Hidden"_s},
+        {u"typesHeader"_s, u"Types"_s},
+        {u"sidebar-type-image"_s, u"Images"_s},
+        {u"sidebar-type-videos"_s, u"Videos"_s},
+        {u"sidebar-type-links"_s, u"Links"_s},
+        {u"sidebar-type-documents"_s, u"Documents"_s},
+        {u"sidebar-type-tweets"_s, u"Tweets"_s},
+        {u"sidebar-type-instagram"_s, u"Instagram"_s},
+        {u"sidebar-type-audio"_s, u"Audio"_s},
         {u"collectionsHeader"_s, u"Collections"_s},
     };
     qreal previousY = -1;
@@ -104,10 +111,18 @@ void TestMainWindow::countsFollowTheLibrary()
     // Worked out by hand: the hidden image counts under Images but not under All; the trashed
     // one counts only in Trash; the upper-case .MP3 is audio, not a document; the note is one.
     const QList<std::pair<QString, QString>> expected{
-        {u"all"_s, u"6"_s},        {u"inbox"_s, QString()},   {u"favourites"_s, u"1"_s},
-        {u"links"_s, u"1"_s},      {u"trash"_s, u"1"_s},      {u"hidden"_s, u"1"_s},
-        {u"type-image"_s, u"2"_s}, {u"type-videos"_s, u"1"_s}, {u"type-links"_s, u"1"_s},
-        {u"type-documents"_s, u"2"_s}, {u"type-tweets"_s, u"1"_s}, {u"type-instagram"_s, u"1"_s},
+        {u"all"_s, u"6"_s},
+        {u"inbox"_s, QString()},
+        {u"favourites"_s, u"1"_s},
+        {u"links"_s, u"1"_s},
+        {u"trash"_s, u"1"_s},
+        {u"hidden"_s, u"1"_s},
+        {u"type-image"_s, u"2"_s},
+        {u"type-videos"_s, u"1"_s},
+        {u"type-links"_s, u"1"_s},
+        {u"type-documents"_s, u"2"_s},
+        {u"type-tweets"_s, u"1"_s},
+        {u"type-instagram"_s, u"1"_s},
         {u"type-audio"_s, u"1"_s},
     };
     for (const auto &[key, count] : expected)
@@ -188,7 +203,8 @@ void TestMainWindow::collectionTreeRenamesFoldsAndPins()
     QQuickItem *postersRow = loaded.item(u"collection-"_s + posters);
     QVERIFY(kivo::test::isShown(postersRow));
     // Posters is drawn one step in from its parent.
-    QVERIFY(findItem(postersRow, u"title"_s)->mapToScene({}).x() > findItem(artRow, u"title"_s)->mapToScene({}).x() + 8);
+    QVERIFY(
+        findItem(postersRow, u"title"_s)->mapToScene({}).x() > findItem(artRow, u"title"_s)->mapToScene({}).x() + 8);
 
     // The disclosure folds Art, and the fold is saved.
     kivo::test::clickItem(loaded.window, findItem(artRow, u"disclosure"_s));
@@ -199,7 +215,8 @@ void TestMainWindow::collectionTreeRenamesFoldsAndPins()
     QTRY_VERIFY(loaded.item(u"collection-"_s + posters));
 
     // A double click renames in place; Return keeps the name, Escape would not.
-    QTest::mouseDClick(loaded.window, Qt::LeftButton, Qt::NoModifier, LoadedWindow::centreOf(loaded.item(u"collection-"_s + food)));
+    QTest::mouseDClick(
+        loaded.window, Qt::LeftButton, Qt::NoModifier, LoadedWindow::centreOf(loaded.item(u"collection-"_s + food)));
     QQuickItem *field = findItem(loaded.item(u"collection-"_s + food), u"renameField"_s);
     QTRY_VERIFY(field->hasActiveFocus());
     QTest::keyClick(loaded.window, Qt::Key_A, Qt::ControlModifier);
@@ -242,7 +259,8 @@ void TestMainWindow::collectionTreeRenamesFoldsAndPins()
     QTRY_VERIFY(kivo::test::isShown(loaded.item(u"sort-reversed"_s)));
     loaded.click(u"sort-reversed"_s);
     QVERIFY(loaded.world.settings.collectionSortReversed());
-    QTRY_VERIFY(loaded.item(u"collection-"_s + food)->mapToScene({}).y() < loaded.item(u"collection-"_s + art)->mapToScene({}).y());
+    QTRY_VERIFY(loaded.item(u"collection-"_s + food)->mapToScene({}).y()
+        < loaded.item(u"collection-"_s + art)->mapToScene({}).y());
     loaded.screenshot(u"main-window-collections.png"_s);
 }
 
@@ -409,9 +427,10 @@ void TestMainWindow::detailsPanelEditsTheItem()
     kivo::test::typeText(loaded.window, u" Golden Hour "_s);
     QTest::keyClick(loaded.window, Qt::Key_Return);
     QTRY_VERIFY(kivo::test::isShown(loaded.item(u"tag-golden hour"_s)));
-    QCOMPARE(loaded.world.scalar(u"SELECT t.name FROM itemTag it JOIN tag t ON t.id = it.tagId WHERE it.itemId = ?"_s, {id})
-                 .toString(),
-             u"golden hour"_s);
+    QCOMPARE(
+        loaded.world.scalar(u"SELECT t.name FROM itemTag it JOIN tag t ON t.id = it.tagId WHERE it.itemId = ?"_s, {id})
+            .toString(),
+        u"golden hour"_s);
     loaded.screenshot(u"main-window-details.png"_s);
     kivo::test::clickItem(loaded.window, findItem(loaded.item(u"tag-golden hour"_s), u"removeTag"_s));
     QTRY_VERIFY(!loaded.item(u"tag-golden hour"_s));
@@ -436,7 +455,7 @@ void TestMainWindow::itemMenuRunsTheActions()
     store.reloadAll();
 
     QVERIFY(QMetaObject::invokeMethod(loaded.window, "openItemMenu", Q_ARG(QString, id),
-                                      Q_ARG(QQuickItem *, loaded.item(u"viewArea"_s)), Q_ARG(qreal, 200), Q_ARG(qreal, 120)));
+        Q_ARG(QQuickItem *, loaded.item(u"viewArea"_s)), Q_ARG(qreal, 200), Q_ARG(qreal, 120)));
     QTRY_VERIFY(kivo::test::isShown(loaded.item(u"itemAction-favourite"_s)));
     QCOMPARE(loaded.textOf(u"itemAction-favourite"_s), u"Add to Favourites"_s);
     QCOMPARE(loaded.item(u"itemAction-copyPaths"_s)->property("shortcutText").toString(), u"Ctrl+Alt+C"_s);
@@ -448,12 +467,15 @@ void TestMainWindow::itemMenuRunsTheActions()
 
     // "Add to Collection" opens the collections; a click files the item.
     QVERIFY(QMetaObject::invokeMethod(loaded.window, "openItemMenu", Q_ARG(QString, id),
-                                      Q_ARG(QQuickItem *, loaded.item(u"viewArea"_s)), Q_ARG(qreal, 200), Q_ARG(qreal, 120)));
+        Q_ARG(QQuickItem *, loaded.item(u"viewArea"_s)), Q_ARG(qreal, 200), Q_ARG(qreal, 120)));
     QTRY_VERIFY(kivo::test::isShown(loaded.item(u"itemAction-rename"_s)));
     loaded.click(u"itemAction-file"_s);
     QTRY_VERIFY(kivo::test::isShown(loaded.item(u"fileInto-"_s + art)));
     loaded.click(u"fileInto-"_s + art);
-    QCOMPARE(loaded.world.scalar(u"SELECT COUNT(*) FROM itemCollection WHERE itemId = ? AND collectionId = ?"_s, {id, art}).toInt(), 1);
+    QCOMPARE(
+        loaded.world.scalar(u"SELECT COUNT(*) FROM itemCollection WHERE itemId = ? AND collectionId = ?"_s, {id, art})
+            .toInt(),
+        1);
     QTRY_VERIFY(!kivo::test::isShown(loaded.item(u"itemAction-rename"_s)));
 
     // The keys act on the focused item, once the focus has left the sidebar (whose own keys these
@@ -511,7 +533,10 @@ void TestMainWindow::setupErrorIsShown()
     QVERIFY(QTest::qWaitForWindowExposed(window));
     QVERIFY(store.setupError().startsWith(u"Could not open the library: "_s));
     QVERIFY(kivo::test::isShown(findItem(window->contentItem(), u"setupError"_s)));
-    QVERIFY(findItem(window->contentItem(), u"setupErrorText"_s)->property("text").toString().startsWith(u"Could not open the library: "_s));
+    QVERIFY(findItem(window->contentItem(), u"setupErrorText"_s)
+                ->property("text")
+                .toString()
+                .startsWith(u"Could not open the library: "_s));
     QVERIFY(!findItem(window->contentItem(), u"emptyLibrary"_s)->isVisible());
 }
 

@@ -7,9 +7,9 @@
 
 #include <QGuiApplication>
 #include <QProcess>
+#include <QQmlComponent>
 #include <QStandardPaths>
 #include <QtQml/qqmlextensionplugin.h>
-#include <QQmlComponent>
 #include <QtTest>
 
 Q_IMPORT_QML_PLUGIN(KivoPlugin)
@@ -25,10 +25,12 @@ class XServer
 public:
     bool start()
     {
-        if (QStandardPaths::findExecutable(u"Xvfb"_s).isEmpty() || QStandardPaths::findExecutable(u"xdotool"_s).isEmpty())
+        if (QStandardPaths::findExecutable(u"Xvfb"_s).isEmpty()
+            || QStandardPaths::findExecutable(u"xdotool"_s).isEmpty())
             return false;
         // -displayfd picks a free display and writes its number when the server is ready.
-        m_process.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1400x900x24"_s, u"-nolisten"_s, u"tcp"_s});
+        m_process.start(
+            u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1400x900x24"_s, u"-nolisten"_s, u"tcp"_s});
         if (!m_process.waitForStarted(5000))
             return false;
         QByteArray display;
@@ -99,16 +101,14 @@ private Q_SLOTS:
 void TestSidebarFlow::makeFileDeleteAndUndo()
 {
     LoadedWindow loaded;
-    const QString itemId = loaded.world.addItem(u"image"_s, kivo::nowSeconds(), [](kivo::LibraryItem &item) {
-        item.title = u"Harbour"_s;
-    });
+    const QString itemId = loaded.world.addItem(
+        u"image"_s, kivo::nowSeconds(), [](kivo::LibraryItem &item) { item.title = u"Harbour"_s; });
     QVERIFY(loaded.open());
     loaded.window->setPosition(0, 0);
     loaded.window->requestActivate();
     QVERIFY(QTest::qWaitForWindowActive(loaded.window));
-    const auto query = [&](const QString &sql, const QVariantList &arguments = {}) {
-        return loaded.world.scalar(sql, arguments);
-    };
+    const auto query
+        = [&](const QString &sql, const QVariantList &arguments = {}) { return loaded.world.scalar(sql, arguments); };
 
     // A card of its own stands in for the grid's: the same drag, carrying "KIVO-ITEM <id>".
     QQmlComponent cardComponent(loaded.engine.get());
@@ -129,7 +129,8 @@ void TestSidebarFlow::makeFileDeleteAndUndo()
                 target: null
                 onActiveChanged: if (active) card.Drag.active = true
             }
-        })", QUrl(u"qrc:/tests/Card.qml"_s));
+        })",
+        QUrl(u"qrc:/tests/Card.qml"_s));
     auto *card = qobject_cast<QQuickItem *>(cardComponent.createWithInitialProperties({{u"itemId"_s, itemId}}));
     QVERIFY2(card, qPrintable(cardComponent.errorString()));
     card->setParentItem(loaded.item(u"viewArea"_s));
@@ -137,7 +138,8 @@ void TestSidebarFlow::makeFileDeleteAndUndo()
     loaded.settle();
 
     // 1. The "+" makes "New Collection" and opens its name for typing.
-    QVERIFY(xdotool(QStringList{u"mousemove"_s} + screenPoint(loaded.item(u"newCollectionButton"_s)) + QStringList{u"click"_s, u"1"_s}));
+    QVERIFY(xdotool(QStringList{u"mousemove"_s} + screenPoint(loaded.item(u"newCollectionButton"_s))
+        + QStringList{u"click"_s, u"1"_s}));
     QTRY_VERIFY(!loaded.world.store.renameTargetId().isEmpty());
     const QString collectionId = loaded.world.store.renameTargetId();
     QCOMPARE(query(u"SELECT name FROM collection WHERE id = ?"_s, {collectionId}).toString(), u"New Collection"_s);
@@ -152,18 +154,21 @@ void TestSidebarFlow::makeFileDeleteAndUndo()
     loaded.settle();
     const QStringList drag = dragPath(screenPoint(card), screenPoint(loaded.item(u"collection-"_s + collectionId)));
     QVERIFY(xdotool(drag));
-    QTRY_COMPARE_WITH_TIMEOUT(query(u"SELECT COUNT(*) FROM itemCollection WHERE itemId = ? AND collectionId = ?"_s,
-                                    {itemId, collectionId}).toInt(), 1, 10000);
+    QTRY_COMPARE_WITH_TIMEOUT(
+        query(u"SELECT COUNT(*) FROM itemCollection WHERE itemId = ? AND collectionId = ?"_s, {itemId, collectionId})
+            .toInt(),
+        1, 10000);
     QTRY_COMPARE(loaded.textOf(u"collection-"_s + collectionId, u"count"_s), u"1"_s);
     loaded.screenshot(u"flow-2-card-filed.png"_s);
 
     // 3. Delete from the row's context menu: the collection is marked deleted, its members let go.
     QVERIFY(xdotool(QStringList{u"mousemove"_s} + screenPoint(loaded.item(u"collection-"_s + collectionId))
-                    + QStringList{u"click"_s, u"3"_s}));
+        + QStringList{u"click"_s, u"3"_s}));
     QTRY_VERIFY(kivo::test::isShown(loaded.item(u"collectionMenuDelete"_s)));
     loaded.screenshot(u"flow-3-context-menu.png"_s);
     loaded.settle();
-    QVERIFY(xdotool(QStringList{u"mousemove"_s} + screenPoint(loaded.item(u"collectionMenuDelete"_s)) + QStringList{u"click"_s, u"1"_s}));
+    QVERIFY(xdotool(QStringList{u"mousemove"_s} + screenPoint(loaded.item(u"collectionMenuDelete"_s))
+        + QStringList{u"click"_s, u"1"_s}));
     QTRY_VERIFY(!query(u"SELECT deletedAt FROM collection WHERE id = ?"_s, {collectionId}).isNull());
     QCOMPARE(query(u"SELECT COUNT(*) FROM itemCollection WHERE collectionId = ?"_s, {collectionId}).toInt(), 0);
     QCOMPARE(query(u"SELECT COUNT(*) FROM item WHERE id = ? AND deletedAt IS NULL"_s, {itemId}).toInt(), 1);
@@ -174,9 +179,13 @@ void TestSidebarFlow::makeFileDeleteAndUndo()
 
     // 4. The toast's "Undo" brings the collection back with its member.
     loaded.settle();
-    QVERIFY(xdotool(QStringList{u"mousemove"_s} + screenPoint(loaded.item(u"toastAction"_s)) + QStringList{u"click"_s, u"1"_s}));
+    QVERIFY(xdotool(
+        QStringList{u"mousemove"_s} + screenPoint(loaded.item(u"toastAction"_s)) + QStringList{u"click"_s, u"1"_s}));
     QTRY_VERIFY(query(u"SELECT deletedAt FROM collection WHERE id = ?"_s, {collectionId}).isNull());
-    QCOMPARE(query(u"SELECT COUNT(*) FROM itemCollection WHERE itemId = ? AND collectionId = ?"_s, {itemId, collectionId}).toInt(), 1);
+    QCOMPARE(
+        query(u"SELECT COUNT(*) FROM itemCollection WHERE itemId = ? AND collectionId = ?"_s, {itemId, collectionId})
+            .toInt(),
+        1);
     QTRY_VERIFY(kivo::test::isShown(loaded.item(u"collection-"_s + collectionId)));
     QTRY_COMPARE(loaded.textOf(u"collection-"_s + collectionId, u"title"_s), u"Moodboard"_s);
     QTRY_VERIFY(!kivo::test::isShown(loaded.item(u"toast"_s)));
@@ -209,7 +218,8 @@ void TestSidebarFlow::collectionsNestAndReorderByDrag()
 
     // Travel dropped on the upper edge of Art's row goes above it, at the top level.
     QVERIFY(xdotool(dragPath(screenPoint(row(travel)), screenPoint(row(art), 0.12))));
-    QTRY_COMPARE_WITH_TIMEOUT(loaded.world.scalar(u"SELECT sortIndex FROM collection WHERE id = ?"_s, {travel}).toInt(), 0, 10000);
+    QTRY_COMPARE_WITH_TIMEOUT(
+        loaded.world.scalar(u"SELECT sortIndex FROM collection WHERE id = ?"_s, {travel}).toInt(), 0, 10000);
     QCOMPARE(loaded.world.scalar(u"SELECT sortIndex FROM collection WHERE id = ?"_s, {art}).toInt(), 1);
     QVERIFY(parentOf(travel).isEmpty());
     loaded.settle();

@@ -23,7 +23,8 @@ struct ActionsWorld {
         const QString path = world.storeFile(u"items/2024-06/sea.jpg"_s);
         picture = world.addItem(u"image"_s, 100, [&](kivo::LibraryItem &item) { item.filePath = path; });
         photo = world.addItem(u"image"_s, 200);
-        link = world.addItem(u"link"_s, 300, [](kivo::LibraryItem &item) { item.sourceURL = u"https://example.com/a"_s; });
+        link = world.addItem(
+            u"link"_s, 300, [](kivo::LibraryItem &item) { item.sourceURL = u"https://example.com/a"_s; });
         note = world.addItem(u"text"_s, 400, [](kivo::LibraryItem &item) { item.note = u"remember"_s; });
         board = world.addCollection(u"Board"_s);
         world.addMembership(picture, board, 10);
@@ -78,22 +79,25 @@ void TestItemActions::menuOffersWhatApplies_data()
     QTest::addColumn<bool>("multiSelection");
     QTest::addColumn<QStringList>("expected");
 
-    const QStringList tail{u"|"_s, u"copyLinks"_s, u"copyPaths"_s, u"reveal"_s, u"saveToDownloads"_s, u"|"_s, u"hide"_s};
-    QTest::newRow("one item in All")
-        << u"all"_s << false
-        << QStringList{u"rename"_s, u"tag"_s, u"favourite"_s, u"|"_s, u"file"_s, u"|"_s, u"copy"_s, u"copyLinks"_s,
-                       u"copyPaths"_s, u"reveal"_s, u"saveToDownloads"_s, u"|"_s, u"hide"_s, u"trash"_s};
+    const QStringList tail{
+        u"|"_s, u"copyLinks"_s, u"copyPaths"_s, u"reveal"_s, u"saveToDownloads"_s, u"|"_s, u"hide"_s};
+    QTest::newRow("one item in All") << u"all"_s << false
+                                     << QStringList{u"rename"_s, u"tag"_s, u"favourite"_s, u"|"_s, u"file"_s, u"|"_s,
+                                            u"copy"_s, u"copyLinks"_s, u"copyPaths"_s, u"reveal"_s,
+                                            u"saveToDownloads"_s, u"|"_s, u"hide"_s, u"trash"_s};
     QTest::newRow("one item in a collection")
         << u"board"_s << false
-        << QStringList{u"rename"_s, u"tag"_s, u"favourite"_s, u"|"_s, u"file"_s, u"removeFromCollection"_s, u"|"_s, u"copy"_s,
-                       u"copyLinks"_s, u"copyPaths"_s, u"reveal"_s, u"saveToDownloads"_s, u"|"_s, u"hide"_s, u"trash"_s};
+        << QStringList{u"rename"_s, u"tag"_s, u"favourite"_s, u"|"_s, u"file"_s, u"removeFromCollection"_s, u"|"_s,
+               u"copy"_s, u"copyLinks"_s, u"copyPaths"_s, u"reveal"_s, u"saveToDownloads"_s, u"|"_s, u"hide"_s,
+               u"trash"_s};
     QTest::newRow("the selection in a collection: no rename, no single copy")
         << u"board"_s << true
-        << QStringList{u"tag"_s, u"favourite"_s, u"|"_s, u"file"_s, u"removeFromCollection"_s} + tail + QStringList{u"trash"_s};
-    QTest::newRow("in the trash: restore, and no trash")
-        << u"trash"_s << false
-        << QStringList{u"restore"_s, u"|"_s, u"rename"_s, u"tag"_s, u"favourite"_s, u"|"_s, u"file"_s, u"|"_s, u"copy"_s}
-               + tail.mid(1);
+        << QStringList{u"tag"_s, u"favourite"_s, u"|"_s, u"file"_s, u"removeFromCollection"_s} + tail
+            + QStringList{u"trash"_s};
+    QTest::newRow("in the trash: restore, and no trash") << u"trash"_s << false
+                                                         << QStringList{u"restore"_s, u"|"_s, u"rename"_s, u"tag"_s,
+                                                                u"favourite"_s, u"|"_s, u"file"_s, u"|"_s, u"copy"_s}
+            + tail.mid(1);
 }
 
 void TestItemActions::menuOffersWhatApplies()
@@ -230,7 +234,9 @@ void TestItemActions::tagsAreQuietForOneAndAnnouncedForTheSelection()
     ActionsWorld w;
     kivo::Store &store = w.world.store;
     const auto tagsOf = [&](const QString &id) {
-        return w.world.scalar(u"SELECT group_concat(t.name) FROM itemTag it JOIN tag t ON t.id = it.tagId WHERE it.itemId = ?"_s, {id})
+        return w.world
+            .scalar(u"SELECT group_concat(t.name) FROM itemTag it JOIN tag t ON t.id = it.tagId WHERE it.itemId = ?"_s,
+                {id})
             .toString();
     };
     QSignalSpy asked(&w.actions, &kivo::ItemActions::inputRequested);

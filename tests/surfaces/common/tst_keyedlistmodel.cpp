@@ -85,14 +85,22 @@ void TestKeyedListModel::changesBecomeRowSignals_data()
     QTest::addColumn<int>("moves");
 
     // Counts of signals worked out by hand: runs of neighbours travel in one signal.
-    QTest::newRow("first load is one insert") << "" << "abcde" << 1 << 0 << 0;
-    QTest::newRow("clear is one removal") << "abcde" << "" << 0 << 1 << 0;
-    QTest::newRow("same list, nothing") << "abc" << "abc" << 0 << 0 << 0;
-    QTest::newRow("one in the middle") << "abd" << "abcd" << 1 << 0 << 0;
-    QTest::newRow("two runs removed") << "abcdefg" << "adg" << 0 << 2 << 0;
-    QTest::newRow("last to first is one move") << "abcd" << "dabc" << 0 << 0 << 1;
-    QTest::newRow("swap") << "abcd" << "abdc" << 0 << 0 << 1;
-    QTest::newRow("mixed") << "abcdef" << "xfbay" << 2 << 1 << 2;
+    QTest::newRow("first load is one insert") << ""
+                                              << "abcde" << 1 << 0 << 0;
+    QTest::newRow("clear is one removal") << "abcde"
+                                          << "" << 0 << 1 << 0;
+    QTest::newRow("same list, nothing") << "abc"
+                                        << "abc" << 0 << 0 << 0;
+    QTest::newRow("one in the middle") << "abd"
+                                       << "abcd" << 1 << 0 << 0;
+    QTest::newRow("two runs removed") << "abcdefg"
+                                      << "adg" << 0 << 2 << 0;
+    QTest::newRow("last to first is one move") << "abcd"
+                                               << "dabc" << 0 << 0 << 1;
+    QTest::newRow("swap") << "abcd"
+                          << "abdc" << 0 << 0 << 1;
+    QTest::newRow("mixed") << "abcdef"
+                           << "xfbay" << 2 << 1 << 2;
 }
 
 void TestKeyedListModel::changesBecomeRowSignals()

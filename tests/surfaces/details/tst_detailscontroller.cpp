@@ -19,7 +19,7 @@ QStringList tagRows(const QVariantList &tags)
     for (const QVariant &tag : tags) {
         const QVariantMap map = tag.toMap();
         rows.append(map.value(u"name"_s).toString() + u':' + map.value(u"source"_s).toString() + u':'
-                    + map.value(u"status"_s).toString());
+            + map.value(u"status"_s).toString());
     }
     return rows;
 }
@@ -46,16 +46,21 @@ void TestDetailsController::factsReadAsWords_data()
     QTest::addColumn<double>("height");
     QTest::addColumn<double>("duration");
     QTest::addColumn<QString>("source");
-    QTest::addColumn<QStringList>("expected"); // kindText, sizeText, dimensionsText, durationText, sourceText, fallbackTitle
+    QTest::addColumn<QStringList>(
+        "expected"); // kindText, sizeText, dimensionsText, durationText, sourceText, fallbackTitle
 
     QTest::newRow("a picture") << u"image"_s << qint64(2'400'000) << 1920.0 << 1080.0 << 0.0 << QString()
-                               << QStringList{u"Image"_s, u"2.4 MB"_s, u"1920 × 1080"_s, QString(), QString(), u"sea view.jpg"_s};
-    QTest::newRow("a video over an hour") << u"video"_s << qint64(950) << 640.4 << 359.6 << 3723.4 << QString()
-                                          << QStringList{u"Video"_s, u"950 bytes"_s, u"640 × 360"_s, u"1:02:03"_s, QString(), u"sea view.jpg"_s};
+                               << QStringList{u"Image"_s, u"2.4 MB"_s, u"1920 × 1080"_s, QString(), QString(),
+                                      u"sea view.jpg"_s};
+    QTest::newRow("a video over an hour")
+        << u"video"_s << qint64(950) << 640.4 << 359.6 << 3723.4 << QString()
+        << QStringList{u"Video"_s, u"950 bytes"_s, u"640 × 360"_s, u"1:02:03"_s, QString(), u"sea view.jpg"_s};
     QTest::newRow("a short clip") << u"video"_s << qint64(-1) << 0.0 << 0.0 << 65.0 << QString()
-                                  << QStringList{u"Video"_s, QString(), QString(), u"1:05"_s, QString(), u"sea view.jpg"_s};
+                                  << QStringList{
+                                         u"Video"_s, QString(), QString(), u"1:05"_s, QString(), u"sea view.jpg"_s};
     QTest::newRow("a link") << u"link"_s << qint64(0) << 0.0 << 0.0 << 0.0 << u"https://www.example.com/a/b?x=1"_s
-                            << QStringList{u"Link"_s, u"0 bytes"_s, QString(), QString(), u"example.com/a/b"_s, u"example.com"_s};
+                            << QStringList{u"Link"_s, u"0 bytes"_s, QString(), QString(), u"example.com/a/b"_s,
+                                   u"example.com"_s};
     QTest::newRow("a note") << u"text"_s << qint64(-1) << 0.0 << 0.0 << 0.0 << QString()
                             << QStringList{u"Note"_s, QString(), QString(), QString(), QString(), u"Note"_s};
 }
@@ -91,8 +96,8 @@ void TestDetailsController::factsReadAsWords()
     details.setItemId(id);
     QVERIFY(details.available());
     QCOMPARE((QStringList{details.kindText(), details.sizeText(), details.dimensionsText(), details.durationText(),
-                          details.sourceText(), details.fallbackTitle()}),
-             expected);
+                 details.sourceText(), details.fallbackTitle()}),
+        expected);
     // 1718000000 is 10 June 2024, 06:13:20 UTC; the tests run in UTC.
     QCOMPARE(details.addedText(), u"10 Jun 2024, 6:13 AM"_s);
     if (kind == u"image") {
@@ -108,9 +113,8 @@ void TestDetailsController::titleAndNoteAreSavedWhenChanged()
     kivo::DetailsController details;
     details.setStore(&world.store);
     details.setItemId(id);
-    const auto stored = [&](const QString &column) {
-        return world.scalar(u"SELECT %1 FROM item WHERE id = ?"_s.arg(column), {id});
-    };
+    const auto stored
+        = [&](const QString &column) { return world.scalar(u"SELECT %1 FROM item WHERE id = ?"_s.arg(column), {id}); };
 
     QVERIFY(!details.commitTitle(u"Old"_s)); // unchanged: nothing written
     const double modified = stored(u"modifiedAt"_s).toDouble();
@@ -144,10 +148,17 @@ void TestDetailsController::tagsAreNormalisedRemovedAndAccepted()
     const QString id = world.addItem(u"image"_s, 100);
     const QString other = world.addItem(u"image"_s, 200);
     world.db().write([&](kivo::Database &db) {
-        db.execute(u"INSERT INTO tag (id, name) VALUES ('t-boat', 'boat'), ('t-harbour', 'harbour'), ('t-sea', 'sea')"_s);
-        db.execute(u"INSERT INTO itemTag (itemId, tagId, source, status, addedAt) VALUES (?, 't-boat', 'ai', 'suggested', 1)"_s, {id});
-        db.execute(u"INSERT INTO itemTag (itemId, tagId, source, status, addedAt) VALUES (?, 't-harbour', 'ai', 'accepted', 1)"_s, {id});
-        db.execute(u"INSERT INTO itemTag (itemId, tagId, source, status, addedAt) VALUES (?, 't-sea', 'user', 'accepted', 1)"_s, {other});
+        db.execute(
+            u"INSERT INTO tag (id, name) VALUES ('t-boat', 'boat'), ('t-harbour', 'harbour'), ('t-sea', 'sea')"_s);
+        db.execute(
+            u"INSERT INTO itemTag (itemId, tagId, source, status, addedAt) VALUES (?, 't-boat', 'ai', 'suggested', 1)"_s,
+            {id});
+        db.execute(
+            u"INSERT INTO itemTag (itemId, tagId, source, status, addedAt) VALUES (?, 't-harbour', 'ai', 'accepted', 1)"_s,
+            {id});
+        db.execute(
+            u"INSERT INTO itemTag (itemId, tagId, source, status, addedAt) VALUES (?, 't-sea', 'user', 'accepted', 1)"_s,
+            {other});
     });
     kivo::DetailsController details;
     details.setStore(&world.store);
@@ -168,7 +179,7 @@ void TestDetailsController::tagsAreNormalisedRemovedAndAccepted()
     QVERIFY(details.acceptTag(u"t-boat"_s));
     QCOMPARE(tagRows(details.suggestedTags()), QStringList());
     QCOMPARE(tagRows(details.tags()),
-             (QStringList{u"boat:user:accepted"_s, u"golden hour:user:accepted"_s, u"harbour:ai:accepted"_s}));
+        (QStringList{u"boat:user:accepted"_s, u"golden hour:user:accepted"_s, u"harbour:ai:accepted"_s}));
 
     QVERIFY(details.removeTag(u"t-harbour"_s));
     QCOMPARE(world.scalar(u"SELECT COUNT(*) FROM itemTag WHERE itemId = ? AND tagId = 't-harbour'"_s, {id}).toInt(), 0);

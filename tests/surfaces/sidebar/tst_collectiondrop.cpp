@@ -30,8 +30,8 @@ kivo::CollectionDrop::Tree tree(bool reversed)
 {
     kivo::CollectionDrop::Tree tree;
     tree.collections = {collection(u"travel"_s, 2), collection(u"swiss"_s, 1, u"posters"_s), collection(u"art"_s, 1),
-                        collection(u"ink"_s, 2, u"art"_s), collection(u"food"_s, 3), collection(u"posters"_s, 1, u"art"_s),
-                        collection(u"stray"_s, 0, u"gone"_s)};
+        collection(u"ink"_s, 2, u"art"_s), collection(u"food"_s, 3), collection(u"posters"_s, 1, u"art"_s),
+        collection(u"stray"_s, 0, u"gone"_s)};
     tree.reversed = reversed;
     tree.rows = kivo::CollectionTree::flatten(tree.collections, tree.sort, reversed, tree.rollup);
     return tree;
@@ -60,18 +60,22 @@ void TestCollectionDrop::gapsPlaceTheCollection_data()
 
     QTest::newRow("to the very top") << false << u"food"_s << 0 << true << QString()
                                      << QStringList{u"food"_s, u"stray"_s, u"art"_s, u"travel"_s} << false;
-    QTest::newRow("last one to the end: no change") << false << u"food"_s << 7 << false << QString() << QStringList() << false;
-    QTest::newRow("just above the next one: no change") << false << u"travel"_s << 6 << false << QString() << QStringList() << false;
+    QTest::newRow("last one to the end: no change")
+        << false << u"food"_s << 7 << false << QString() << QStringList() << false;
+    QTest::newRow("just above the next one: no change")
+        << false << u"travel"_s << 6 << false << QString() << QStringList() << false;
     QTest::newRow("into an open parent, before its second child")
         << false << u"travel"_s << 4 << true << u"art"_s << QStringList{u"posters"_s, u"travel"_s, u"ink"_s} << true;
-    QTest::newRow("under its own row, above its first child") << false << u"art"_s << 2 << false << QString() << QStringList() << false;
+    QTest::newRow("under its own row, above its first child")
+        << false << u"art"_s << 2 << false << QString() << QStringList() << false;
     QTest::newRow("inside its own child: placed, for the loop guard to refuse")
         << false << u"art"_s << 3 << true << u"posters"_s << QStringList{u"art"_s, u"swiss"_s} << true;
     QTest::newRow("out of a nest to the top level")
         << false << u"swiss"_s << 5 << true << QString()
         << QStringList{u"stray"_s, u"art"_s, u"swiss"_s, u"travel"_s, u"food"_s} << true;
-    QTest::newRow("to the end, from inside") << false << u"ink"_s << 7 << true << QString()
-                                             << QStringList{u"stray"_s, u"art"_s, u"travel"_s, u"food"_s, u"ink"_s} << true;
+    QTest::newRow("to the end, from inside")
+        << false << u"ink"_s << 7 << true << QString()
+        << QStringList{u"stray"_s, u"art"_s, u"travel"_s, u"food"_s, u"ink"_s} << true;
     // Reversed, the rows are food, travel, art, ink, posters, swiss, stray; the siblings come back in
     // stored order, the drawn order turned round.
     QTest::newRow("reversed: to the top") << true << u"stray"_s << 0 << true << QString()

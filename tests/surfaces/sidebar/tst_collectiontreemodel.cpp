@@ -33,13 +33,12 @@ CollectionTreeModel::Source library()
 {
     CollectionTreeModel::Source source;
     source.collections = {collection(u"travel"_s, 2, 10), collection(u"swiss"_s, 1, 60, u"posters"_s),
-                          collection(u"art"_s, 1, 30),    collection(u"ink"_s, 2, 50, u"art"_s),
-                          collection(u"food"_s, 3, 20),   collection(u"posters"_s, 1, 40, u"art"_s),
-                          collection(u"stray"_s, 0, 5, u"gone"_s)};
+        collection(u"art"_s, 1, 30), collection(u"ink"_s, 2, 50, u"art"_s), collection(u"food"_s, 3, 20),
+        collection(u"posters"_s, 1, 40, u"art"_s), collection(u"stray"_s, 0, 5, u"gone"_s)};
     source.collections[4].pinnedAt = 200;
     source.collections[3].pinnedAt = 100;
-    source.activityRollup = {{u"art"_s, 500}, {u"travel"_s, 300}, {u"food"_s, 700}, {u"posters"_s, 500},
-                             {u"ink"_s, 100}, {u"swiss"_s, 500}};
+    source.activityRollup = {
+        {u"art"_s, 500}, {u"travel"_s, 300}, {u"food"_s, 700}, {u"posters"_s, 500}, {u"ink"_s, 100}, {u"swiss"_s, 500}};
     return source;
 }
 
@@ -50,7 +49,7 @@ QStringList rows(const CollectionTreeModel &model)
     for (int row = 0; row < model.rowCount(); ++row) {
         const QModelIndex index = model.index(row);
         shown.append(index.data(CollectionTreeModel::IdRole).toString() + u'@'
-                     + QString::number(index.data(CollectionTreeModel::DepthRole).toInt()));
+            + QString::number(index.data(CollectionTreeModel::DepthRole).toInt()));
     }
     return shown;
 }
@@ -78,15 +77,20 @@ void TestCollectionTreeModel::siblingsFollowTheSort_data()
 
     // Worked out from the tree above by hand.
     QTest::newRow("manual") << kivo::CollectionSort::manual << false
-                            << QStringList{u"stray@0"_s, u"art@0"_s, u"posters@1"_s, u"swiss@2"_s, u"ink@1"_s, u"travel@0"_s, u"food@0"_s};
+                            << QStringList{u"stray@0"_s, u"art@0"_s, u"posters@1"_s, u"swiss@2"_s, u"ink@1"_s,
+                                   u"travel@0"_s, u"food@0"_s};
     QTest::newRow("manual reversed") << kivo::CollectionSort::manual << true
-                                     << QStringList{u"food@0"_s, u"travel@0"_s, u"art@0"_s, u"ink@1"_s, u"posters@1"_s, u"swiss@2"_s, u"stray@0"_s};
+                                     << QStringList{u"food@0"_s, u"travel@0"_s, u"art@0"_s, u"ink@1"_s, u"posters@1"_s,
+                                            u"swiss@2"_s, u"stray@0"_s};
     QTest::newRow("name") << kivo::CollectionSort::name << false
-                          << QStringList{u"art@0"_s, u"ink@1"_s, u"posters@1"_s, u"swiss@2"_s, u"food@0"_s, u"stray@0"_s, u"travel@0"_s};
-    QTest::newRow("recently used: newest addition below first") << kivo::CollectionSort::recentlyUsed << false
+                          << QStringList{u"art@0"_s, u"ink@1"_s, u"posters@1"_s, u"swiss@2"_s, u"food@0"_s,
+                                 u"stray@0"_s, u"travel@0"_s};
+    QTest::newRow("recently used: newest addition below first")
+        << kivo::CollectionSort::recentlyUsed << false
         << QStringList{u"food@0"_s, u"art@0"_s, u"posters@1"_s, u"swiss@2"_s, u"ink@1"_s, u"travel@0"_s, u"stray@0"_s};
     QTest::newRow("recently created") << kivo::CollectionSort::recentlyCreated << false
-        << QStringList{u"art@0"_s, u"ink@1"_s, u"posters@1"_s, u"swiss@2"_s, u"food@0"_s, u"travel@0"_s, u"stray@0"_s};
+                                      << QStringList{u"art@0"_s, u"ink@1"_s, u"posters@1"_s, u"swiss@2"_s, u"food@0"_s,
+                                             u"travel@0"_s, u"stray@0"_s};
 }
 
 void TestCollectionTreeModel::siblingsFollowTheSort()
@@ -110,7 +114,8 @@ void TestCollectionTreeModel::collapsedParentsHideTheirChildren()
     auto source = library();
     source.collapsed = {u"posters"_s};
     model.setSource(source);
-    QCOMPARE(rows(model), (QStringList{u"stray@0"_s, u"art@0"_s, u"posters@1"_s, u"ink@1"_s, u"travel@0"_s, u"food@0"_s}));
+    QCOMPARE(
+        rows(model), (QStringList{u"stray@0"_s, u"art@0"_s, u"posters@1"_s, u"ink@1"_s, u"travel@0"_s, u"food@0"_s}));
     const QModelIndex posters = model.index(model.rowOf(u"posters"_s));
     QCOMPARE(posters.data(CollectionTreeModel::HasChildrenRole).toBool(), true);
     QCOMPARE(posters.data(CollectionTreeModel::ExpandedRole).toBool(), false);
@@ -148,7 +153,8 @@ void TestCollectionTreeModel::rowsCarryCountIconAndPlace()
     source.collections[2].icon = u"paintpalette"_s; // Art chose its own
     source.semanticIcons = {{u"art"_s, u"sparkles"_s}, {u"food"_s, u"fork.knife"_s}};
     model.setSource(source);
-    const auto at = [&](const QString &id, CollectionTreeModel::Role role) { return model.index(model.rowOf(id)).data(role); };
+    const auto at
+        = [&](const QString &id, CollectionTreeModel::Role role) { return model.index(model.rowOf(id)).data(role); };
     QCOMPARE(at(u"art"_s, CollectionTreeModel::CountRole).toInt(), 3); // its own members, not Swiss's
     QCOMPARE(at(u"swiss"_s, CollectionTreeModel::CountRole).toInt(), 12);
     QCOMPARE(at(u"travel"_s, CollectionTreeModel::CountRole).toInt(), 0);

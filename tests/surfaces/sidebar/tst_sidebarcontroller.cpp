@@ -44,7 +44,7 @@ struct SidebarWorld {
         for (int row = 0; row < tree.rowCount(); ++row) {
             const QModelIndex index = tree.index(row);
             shown.append(QString(index.data(kivo::CollectionTreeModel::DepthRole).toInt() * 2, u' ')
-                         + index.data(kivo::CollectionTreeModel::NameRole).toString());
+                + index.data(kivo::CollectionTreeModel::NameRole).toString());
         }
         return shown;
     }
@@ -163,7 +163,8 @@ void TestSidebarController::gapDropsReorderInTheManualOrder()
     QCOMPARE(sidebar.names(), (QStringList{u"Travel"_s, u"Art"_s, u"  Food"_s, u"  Posters"_s}));
 
     // A drop where it already is writes nothing.
-    const double modified = sidebar.world.scalar(u"SELECT modifiedAt FROM collection WHERE id = ?"_s, {travel}).toDouble();
+    const double modified
+        = sidebar.world.scalar(u"SELECT modifiedAt FROM collection WHERE id = ?"_s, {travel}).toDouble();
     QVERIFY(!sidebar.controller.dropInGap(u"KIVO-COLLECTION "_s + travel, sidebar.tree.rowOf(art)));
     QCOMPARE(sidebar.world.scalar(u"SELECT modifiedAt FROM collection WHERE id = ?"_s, {travel}).toDouble(), modified);
     // Items dropped between rows are not collections: nothing happens.
@@ -180,8 +181,10 @@ void TestSidebarController::gapDropsOutsideTheManualOrderOnlyChangeTheParent()
     const QString inks = sidebar.world.addCollection(u"Inks"_s, art);
     QCOMPARE(sidebar.names(), (QStringList{u"Art"_s, u"  Inks"_s, u"Zoo"_s}));
     const auto sortIndexes = [&] {
-        return sidebar.world.scalar(u"SELECT group_concat(sortIndex) FROM (SELECT sortIndex FROM collection "
-                                    "WHERE isInbox = 0 ORDER BY createdAt)"_s).toString();
+        return sidebar.world
+            .scalar(u"SELECT group_concat(sortIndex) FROM (SELECT sortIndex FROM collection "
+                    "WHERE isInbox = 0 ORDER BY createdAt)"_s)
+            .toString();
     };
     const QString before = sortIndexes();
 
@@ -250,7 +253,8 @@ void TestSidebarController::deleteTakesTheSelectedCollectionsAndUndoBringsThemBa
 
     store.triggerToastAction();
     QCOMPARE(sidebar.names(), (QStringList{u"Art"_s, u"  Posters"_s, u"Food"_s, u"Travel"_s}));
-    QCOMPARE(sidebar.world.scalar(u"SELECT addedAt FROM itemCollection WHERE collectionId = ?"_s, {posters}).toDouble(), 42.0);
+    QCOMPARE(sidebar.world.scalar(u"SELECT addedAt FROM itemCollection WHERE collectionId = ?"_s, {posters}).toDouble(),
+        42.0);
 
     // On one of the selected, the whole selection goes.
     QStringList targets = sidebar.controller.collectionTargets(food);
@@ -274,8 +278,8 @@ void TestSidebarController::keysWalkTheOpenSections()
     store.pinCollection(food, true);
 
     const QStringList library{u"all"_s, u"inbox"_s, u"favourites"_s, u"links"_s, u"trash"_s, u"hidden"_s};
-    const QStringList types{u"type-image"_s, u"type-videos"_s, u"type-links"_s, u"type-documents"_s,
-                            u"type-tweets"_s, u"type-instagram"_s, u"type-audio"_s};
+    const QStringList types{u"type-image"_s, u"type-videos"_s, u"type-links"_s, u"type-documents"_s, u"type-tweets"_s,
+        u"type-instagram"_s, u"type-audio"_s};
     QCOMPARE(sidebar.controller.visibleKeys(), library + types + QStringList({food, art, posters, food}));
 
     // Closed sections and closed collections are stepped over.
