@@ -96,6 +96,22 @@ QString ItemActions::keyTarget() const
     return selected.isEmpty() ? m_store->selectedItemId() : selected.constFirst();
 }
 
+QList<LibraryItem> ItemActions::itemsOf(const QStringList &ids) const
+{
+    // The rows on screen answer for most menus; only items outside them are read.
+    QHash<QString, const LibraryItem *> shown;
+    for (const LibraryItem &item : m_store->items())
+        shown.insert(item.id, &item);
+    QList<LibraryItem> items;
+    for (const QString &id : ids) {
+        if (const LibraryItem *item = shown.value(id))
+            items.append(*item);
+        else if (const auto read = m_store->itemById(id))
+            items.append(*read);
+    }
+    return items;
+}
+
 QString ItemActions::currentCollectionId() const
 {
     if (!m_store)
@@ -112,11 +128,7 @@ QVariantList ItemActions::menuFor(const QString &itemId) const
     if (!m_store || ids.isEmpty())
         return {};
     const bool many = ids.size() > 1;
-    QList<LibraryItem> items;
-    for (const QString &id : ids) {
-        if (const auto item = m_store->itemById(id))
-            items.append(*item);
-    }
+    const QList<LibraryItem> items = itemsOf(ids);
     const bool allFavourite
         = std::all_of(items.cbegin(), items.cend(), [](const LibraryItem &i) { return i.favourite; });
     const bool allHidden
@@ -216,11 +228,9 @@ bool ItemActions::triggerFromKeyboard(const QString &action)
         return false;
     // One key stands for hide and unhide: it unhides what is all hidden.
     if (action == u"hide" || action == u"unhide") {
-        const QStringList ids = targets(target);
-        const bool allHidden = std::all_of(ids.cbegin(), ids.cend(), [&](const QString &id) {
-            const auto item = m_store->itemById(id);
-            return item && item->hiddenAt;
-        });
+        const QList<LibraryItem> items = itemsOf(targets(target));
+        const bool allHidden
+            = std::all_of(items.cbegin(), items.cend(), [](const LibraryItem &i) { return i.hiddenAt.has_value(); });
         return trigger(allHidden ? u"unhide"_s : u"hide"_s, target);
     }
     return trigger(action, target);

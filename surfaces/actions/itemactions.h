@@ -69,6 +69,8 @@ Q_SIGNALS:
 private:
     [[nodiscard]] bool applies(const QString &action, const QStringList &ids) const;
     [[nodiscard]] QString currentCollectionId() const;
+    /** The records of these items, in their order; ids that name nothing are left out. */
+    [[nodiscard]] QList<LibraryItem> itemsOf(const QStringList &ids) const;
 
     QPointer<Store> m_store;
 };
