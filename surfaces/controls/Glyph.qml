@@ -17,9 +17,10 @@ Item {
 
     implicitWidth: size
     implicitHeight: size
-    // Hardware renderers smooth paths only with multisampling; the software one paints them smooth.
-    layer.enabled: GraphicsInfo.api !== GraphicsInfo.Software
-    layer.samples: 4
+    // Hardware renderers smooth paths only with multisampling; the software one paints them smooth,
+    // but draws a bare path above everything else, outside clips: a layer puts it back in its place.
+    layer.enabled: true
+    layer.samples: GraphicsInfo.api !== GraphicsInfo.Software ? 4 : 0
     layer.smooth: true
 
     readonly property var shapes: ({
