@@ -12,6 +12,8 @@ Rectangle {
 
     readonly property alias controller: controller
     readonly property alias tree: treeModel
+    /** What the window puts at the top of the sidebar (its name, the button that hides it). */
+    default property alias header: header.data
 
     color: Theme.sidebar
     activeFocusOnTab: true
@@ -45,6 +47,45 @@ Rectangle {
             Store.selectionKey = key;
         }
         sidebar.forceActiveFocus();
+    }
+
+    /** Scrolls the least distance that brings a row fully into view. */
+    function reveal(row: Item) {
+        if (!row)
+            return;
+        // A row that has only just been made has no place yet until its column lays out.
+        treeColumn.forceLayout();
+        column.forceLayout();
+        const flickable = scroller.contentItem;
+        const top = row.mapToItem(column, 0, 0).y;
+        if (top < flickable.contentY)
+            flickable.contentY = top;
+        else if (top + row.height > flickable.contentY + flickable.height)
+            flickable.contentY = top + row.height - flickable.height;
+    }
+
+    /** The row that shows a selection key: a fixed row, or the collection's row in the tree (or, folded, the pinned list). */
+    function rowFor(key: string): Item {
+        for (const repeater of [libraryRows, typeRows]) {
+            for (let i = 0; i < repeater.count; ++i) {
+                if (repeater.itemAt(i) && repeater.itemAt(i).key === key)
+                    return repeater.itemAt(i);
+            }
+        }
+        if (controller.focusSection === "pinned" && pinnedModel.rowOf(key) >= 0)
+            return pinnedRows.itemAt(pinnedModel.rowOf(key));
+        return treeModel.rowOf(key) >= 0 ? treeRows.itemAt(treeModel.rowOf(key)) : null;
+    }
+
+    Connections {
+        target: Store
+        function onSelectionChanged() {
+            Qt.callLater(() => sidebar.reveal(sidebar.rowFor(Store.selectionKey)));
+        }
+        function onRenamingChanged() {
+            if (Store.renameTargetKind === "collection")
+                Qt.callLater(() => sidebar.reveal(sidebar.rowFor(Store.renameTargetId)));
+        }
     }
 
     Keys.onPressed: event => {
@@ -83,6 +124,7 @@ Rectangle {
             spacing: 1
 
             Repeater {
+                id: libraryRows
                 model: libraryModel
                 delegate: SidebarRow {
                     id: libraryRow
@@ -122,6 +164,7 @@ Rectangle {
                 visible: AppSettings.typesSectionExpanded
 
                 Repeater {
+                    id: typeRows
                     model: typesModel
                     delegate: SidebarRow {
                         width: column.width
@@ -146,6 +189,7 @@ Rectangle {
                 visible: pinnedModel.count > 0 && AppSettings.pinnedSectionExpanded
 
                 Repeater {
+                    id: pinnedRows
                     model: pinnedModel
                     delegate: CollectionRow {
                         width: column.width
@@ -206,6 +250,7 @@ Rectangle {
                 visible: AppSettings.collectionsSectionExpanded
 
                 Repeater {
+                    id: treeRows
                     model: treeModel
                     delegate: CollectionRow {
                         width: column.width
@@ -260,6 +305,25 @@ Rectangle {
                     onDoubleTapped: sidebar.newCollection()
                 }
             }
+        }
+    }
+
+    Rectangle {
+        // The top of the sidebar stays put; rows scroll away beneath it.
+        id: header
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.top: parent.top
+        height: scroller.anchors.topMargin
+        color: Theme.sidebar
+
+        Rectangle {
+            anchors.left: parent.left
+            anchors.right: parent.right
+            anchors.bottom: parent.bottom
+            height: 1
+            color: Theme.hairline
+            visible: scroller.contentItem.contentY > 1
         }
     }
 

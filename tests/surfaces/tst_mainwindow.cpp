@@ -31,6 +31,7 @@ private Q_SLOTS:
     void keysAndClicksMoveTheSelection();
     void sectionsFoldAndAreRemembered();
     void collectionTreeRenamesFoldsAndPins();
+    void longTreesScrollToWhatIsSelectedOrNamed();
     void historyFollowsButtonsKeysAndMouse();
     void sidebarHidesAndResizes();
     void toolbarSearchesAndSwitchesTheView();
@@ -262,6 +263,38 @@ void TestMainWindow::collectionTreeRenamesFoldsAndPins()
     QTRY_VERIFY(loaded.item(u"collection-"_s + food)->mapToScene({}).y()
         < loaded.item(u"collection-"_s + art)->mapToScene({}).y());
     loaded.screenshot(u"main-window-collections.png"_s);
+}
+
+void TestMainWindow::longTreesScrollToWhatIsSelectedOrNamed()
+{
+    LoadedWindow loaded;
+    QVERIFY(loaded.open());
+    QStringList ids;
+    for (int n = 1; n <= 30; ++n)
+        ids.append(loaded.world.addCollection(u"Board %1"_s.arg(n, 2, 10, QChar(u'0'))));
+    QQuickItem *sidebar = loaded.item(u"sidebar"_s);
+    const auto inView = [&](const QString &name) {
+        loaded.settle();
+        QQuickItem *row = loaded.item(name);
+        const QRectF box = row->mapRectToItem(sidebar, QRectF(0, 0, row->width(), row->height()));
+        return box.top() >= 0 && box.bottom() <= sidebar->height();
+    };
+    QVERIFY(!inView(u"collection-"_s + ids.constLast()));
+
+    // End walks to the last collection, far below: the sidebar follows it.
+    sidebar->forceActiveFocus();
+    QTest::keyClick(loaded.window, Qt::Key_End);
+    QCOMPARE(loaded.world.store.selectionKey(), ids.constLast());
+    QTRY_VERIFY(inView(u"collection-"_s + ids.constLast()));
+    QTest::keyClick(loaded.window, Qt::Key_Home);
+    QTRY_VERIFY(inView(u"sidebar-all"_s));
+
+    // A new collection lands at the end of the tree, and its name field is brought into view.
+    loaded.click(u"newCollectionButton"_s);
+    const QString fresh = loaded.world.store.renameTargetId();
+    QVERIFY(!fresh.isEmpty());
+    QTRY_VERIFY(inView(u"collection-"_s + fresh));
+    loaded.screenshot(u"main-window-long-tree.png"_s);
 }
 
 void TestMainWindow::historyFollowsButtonsKeysAndMouse()
