@@ -1,6 +1,7 @@
 #include "app/kivoapp.h"
 
 #include "app/platform/desktopcolorscheme.h"
+#include "app/platform/systemdesktop.h"
 #include "core/librarylocation.h"
 #include "core/librarylock.h"
 #include "core/librarypresence.h"
@@ -8,6 +9,7 @@
 #include "core/store.h"
 #include "core/systemlog.h"
 #include "core/appsettings.h"
+#include "ingest/bridge/bridgeservice.h"
 #include "surfaces/gate/librarygate.h"
 #include "surfaces/qmlservices.h"
 #include "surfaces/theme/appearancecontroller.h"
@@ -112,7 +114,9 @@ int runApplication(int argc, char **argv)
     }
     Reorganiser::run(root);
 
-    Store store;
+    SystemDesktop desktop;
+    Store store(&settings);
+    store.setDesktop(&desktop);
     store.initialise();
     QmlServices::publishStore(&store);
 
@@ -121,6 +125,10 @@ int runApplication(int argc, char **argv)
     engine.load(QUrl(u"qrc:/Kivo/window/Main.qml"_s));
     if (engine.rootObjects().isEmpty())
         return 1;
+
+    // The browser extension's bridge (127.0.0.1:17894): up after the window, down at quit.
+    BridgeService bridge(settings, store);
+
     return QGuiApplication::exec();
 }
 

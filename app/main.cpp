@@ -4,6 +4,7 @@
 #include "app/cli/command.h"
 #include "app/kivoapp.h"
 #include "core/librarylocation.h"
+#include "understanding/textrecognizer.h"
 
 #include <QCoreApplication>
 #include <QTextStream>
@@ -76,6 +77,9 @@ void printHelp(QTextStream &out)
 
 int main(int argc, char **argv)
 {
+    // Before anything else runs: this may replace the process with a fresh copy of itself.
+    kivo::TextRecognizer::ensureSingleThreadedProcess(argv);
+
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
         arguments.append(QString::fromLocal8Bit(argv[i]));

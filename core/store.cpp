@@ -1,47 +1,134 @@
 #include "core/store.h"
 
+#include "core/appsettings.h"
 #include "core/librarylocation.h"
 #include "core/librarypresence.h"
-#include "core/mediatypepredicate.h"
 #include "core/systemlog.h"
+#include "core/userdefaults.h"
 
+#include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;
 
 namespace kivo {
 
-Store::Store(QObject *parent)
-    : QObject(parent)
+namespace {
+
+// View-mode values written by an earlier version that no user ever chose.
+const QStringList phantomViewModes{u"moodboard"_s, u"grid"_s, u"card"_s};
+
+} // namespace
+
+Store::Store(AppSettings *settings, QObject *parent) : QObject(parent), m_settings(settings)
 {
+    if (QCoreApplication::instance())
+        m_churnTrace = QCoreApplication::arguments().contains(u"--churn-trace"_s);
+    loadRememberedState();
+    connectSettings();
 }
 
 Store::~Store() = default;
 
+void Store::loadRememberedState()
+{
+    const UserDefaults defaults;
+    const QVariantMap icons = defaults.mapValue(u"semanticIconCache"_s);
+    for (auto it = icons.constBegin(); it != icons.constEnd(); ++it)
+        m_semanticIcons.insert(it.key(), it.value().toString());
+    const QVariantMap overrides = defaults.mapValue(u"railSplitOverride"_s);
+    for (auto it = overrides.constBegin(); it != overrides.constEnd(); ++it)
+        m_railSplitOverride.insert(it.key(), it.value().toBool());
+    m_extensionHasClipped = defaults.boolValue(u"extensionHasClipped"_s);
+    const QStringList collapsed = defaults.stringListValue(u"collapsedCollections"_s);
+    m_collapsedCollections = QSet<QString>(collapsed.cbegin(), collapsed.cend());
+}
+
+void Store::connectSettings()
+{
+    if (!m_settings)
+        return;
+    // A view's own preferences load at each selection change, and the reload follows anyway; only
+    // a user's change of the sort or the kinds shown asks for rows here.
+    const auto rowsAffected = [this] {
+        if (!m_settings->loadingViewPrefs())
+            reloadItems();
+    };
+    connect(m_settings, &AppSettings::itemSortChanged, this, rowsAffected);
+    connect(m_settings, &AppSettings::allViewKindsChanged, this, rowsAffected);
+    const auto tagsAffected = [this] {
+        if (!m_settings->loadingViewPrefs())
+            reloadTagNames();
+    };
+    connect(m_settings, &AppSettings::cardShowTagsChanged, this, tagsAffected);
+    connect(m_settings, &AppSettings::listShowTagsChanged, this, tagsAffected);
+}
+
+void Store::forgetPhantomViewModes()
+{
+    UserDefaults defaults;
+    if (defaults.boolValue(u"forgotPhantomViewModes"_s))
+        return;
+    int forgotten = 0;
+    const QStringList keys = defaults.allKeys();
+    for (const QString &key : keys) {
+        if (key.startsWith(u"viewMode."_s) && phantomViewModes.contains(defaults.stringValue(key))) {
+            defaults.remove(key);
+            ++forgotten;
+        }
+    }
+    defaults.setValue(u"forgotPhantomViewModes"_s, true);
+    systemLog(QString::asprintf("[Store] forgot %d view preferences that were never chosen", forgotten));
+}
+
 void Store::initialise()
 {
+    forgetPhantomViewModes();
     try {
         m_libraryRoot = LibraryLocation::root();
         // Opening creates the file, so a library that vanished would be replaced by an empty one.
         if (LibraryPresence::isMissing(m_libraryRoot))
             throw LibraryError(u"there is no library.sqlite in "_s + m_libraryRoot);
         LibraryLocation::ensureLibrary();
+        Q_EMIT libraryRootChanged();
         m_dbQueue = DatabaseQueue::open(LibraryLocation::databasePath());
         LibraryPresence::markOpened();
     } catch (const std::exception &error) {
+        m_dbQueue.reset();
         m_setupError = u"Could not open the library: "_s + errorText(error);
-        systemLog(*m_setupError);
+        systemLog(m_setupError);
         Q_EMIT setupErrorChanged();
         return;
     }
     ensureInbox();
     retireBoardObjects();
-    // The first load runs after the caller has finished starting, so the window appears first.
+    // The first load comes after the caller has finished starting, so the window shows first.
     QTimer::singleShot(0, this, [this] {
+        if (m_settings)
+            m_settings->loadViewPreferences(m_selection.key());
+        applyStoredViewMode();
         reloadAll();
         m_didInitialLoad = true;
         Q_EMIT didInitialLoadChanged();
     });
+    QTimer::singleShot(3000, this, [this] {
+        Q_EMIT enrichmentDue();
+        QTimer::singleShot(500, this, [this] { reloadItems(); });
+    });
+}
+
+void Store::adoptQueue(std::shared_ptr<DatabaseQueue> queue, const QString &libraryRoot)
+{
+    m_dbQueue = std::move(queue);
+    m_libraryRoot = libraryRoot;
+    Q_EMIT libraryRootChanged();
+    ensureInbox();
+}
+
+void Store::setDesktop(Desktop *desktop)
+{
+    m_desktop = desktop;
 }
 
 void Store::ensureInbox()
@@ -50,7 +137,8 @@ void Store::ensureInbox()
         return;
     try {
         m_inboxId = m_dbQueue->write([](Database &db) {
-            const QVariant existing = db.fetchScalar(u"SELECT id FROM collection WHERE isInbox = 1 AND deletedAt IS NULL"_s);
+            const QVariant existing
+                = db.fetchScalar(u"SELECT id FROM collection WHERE isInbox = 1 AND deletedAt IS NULL"_s);
             if (existing.isValid())
                 return existing.toString();
             LibraryCollection inbox;
@@ -75,7 +163,7 @@ void Store::retireBoardObjects()
         m_dbQueue->write([](Database &db) {
             db.execute(u"UPDATE boardObject SET deletedAt = ?\nWHERE deletedAt IS NULL AND kind IN "
                        "('ink','rect','ellipse','arrow','line','sticky','text')"_s,
-                       {nowSeconds()});
+                {nowSeconds()});
         });
     } catch (const std::exception &error) {
         systemLog(u"[Store] retireOrphanedBoardObjects failed: "_s + errorText(error));
@@ -84,70 +172,110 @@ void Store::retireBoardObjects()
 
 void Store::reloadAll()
 {
+    QElapsedTimer timer;
+    timer.start();
     reloadCollections();
+    const double collections = double(timer.nsecsElapsed()) / 1e6;
+    reloadItems();
+    const double total = double(timer.nsecsElapsed()) / 1e6;
+    if (m_churnTrace) {
+        systemLog(QString::asprintf("[trace] reloadAll: collections %.0f ms, items %.0f ms (total %.0f)", collections,
+            total - collections, total));
+    }
 }
 
-void Store::reloadCollections()
+void Store::setExtensionHasClipped(bool clipped)
 {
-    if (!m_dbQueue)
+    if (m_extensionHasClipped == clipped)
         return;
-    try {
-        const auto counts = m_dbQueue->read([this](Database &db) {
-            const auto count = [&](const QString &sql, const QVariantList &arguments = {}) {
-                return int(db.fetchScalar(sql, arguments).toLongLong());
-            };
-            return std::array<int, 6>{
-                count(u"SELECT COUNT(*) FROM item WHERE deletedAt IS NULL AND hiddenAt IS NULL"_s),
-                m_inboxId ? count(u"SELECT COUNT(*) FROM itemCollection ic JOIN item i ON i.id = ic.itemId "
-                                  "AND i.deletedAt IS NULL WHERE ic.collectionId = ?"_s,
-                                  {*m_inboxId})
-                          : 0,
-                count(u"SELECT COUNT(*) FROM item WHERE deletedAt IS NULL AND favourite = 1"_s),
-                count(u"SELECT COUNT(*) FROM item WHERE deletedAt IS NULL AND kind = 'link'"_s),
-                count(u"SELECT COUNT(*) FROM item WHERE deletedAt IS NOT NULL"_s),
-                count(u"SELECT COUNT(*) FROM item WHERE deletedAt IS NULL AND hiddenAt IS NOT NULL"_s),
-            };
-        });
-        m_allCount = counts[0];
-        m_inboxCount = counts[1];
-        m_favouritesCount = counts[2];
-        m_linksCount = counts[3];
-        m_trashCount = counts[4];
-        m_hiddenCount = counts[5];
-        Q_EMIT countsChanged();
-    } catch (const std::exception &error) {
-        systemLog(u"[Store] reloadCollections failed: "_s + errorText(error));
-    }
-    reloadTypeCounts();
+    m_extensionHasClipped = clipped;
+    UserDefaults().setValue(u"extensionHasClipped"_s, clipped);
+    Q_EMIT extensionHasClippedChanged();
 }
 
-void Store::reloadTypeCounts()
+void Store::setScrollAnchor(const QString &selectionKey, const QString &itemId)
 {
-    if (!m_dbQueue)
-        return;
-    const QList<MediaTypeFilter> &filters = allMediaTypeFilters();
-    QStringList terms;
-    for (qsizetype index = 0; index < filters.size(); ++index) {
-        terms.append(u"SUM(CASE WHEN "_s + mediaTypePredicate(filters.at(index)) + u" THEN 1 ELSE 0 END) AS c"_s
-                     + QString::number(index));
-    }
-    const QString sql = u"SELECT "_s + terms.join(u", "_s) + u" FROM item i WHERE i.deletedAt IS NULL"_s;
+    if (itemId.isEmpty())
+        m_scrollAnchors.remove(selectionKey);
+    else
+        m_scrollAnchors.insert(selectionKey, itemId);
+}
+
+std::optional<LibraryItem> Store::itemById(const QString &id) const
+{
+    if (!m_dbQueue || id.isEmpty())
+        return std::nullopt;
     try {
-        const QVariantMap counts = m_dbQueue->read([&](Database &db) {
-            QVariantMap byFilter;
-            db.forEach(sql, {}, [&](const Row &row) {
-                for (qsizetype index = 0; index < filters.size(); ++index)
-                    byFilter.insert(rawString(filters.at(index)), int(row.integer(int(index))));
-            });
-            return byFilter;
-        });
-        if (counts == m_typeCounts)
-            return;
-        m_typeCounts = counts;
-        Q_EMIT typeCountsChanged();
+        return m_dbQueue->read(
+            [&](Database &db) { return db.fetchOne<LibraryItem>(u"SELECT * FROM item WHERE id = ?"_s, {id}); });
     } catch (const std::exception &error) {
-        systemLog(u"[Store] reloadTypeCounts failed: "_s + errorText(error));
+        systemLog(u"[Store] itemById failed: "_s + errorText(error));
+        return std::nullopt;
     }
+}
+
+QVariantMap Store::itemData(const QString &itemId) const
+{
+    const auto item = itemById(itemId);
+    if (!item)
+        return {};
+    return item->toJson().toVariantMap();
+}
+
+void Store::logFailure(const QString &operation, const std::exception &error)
+{
+    systemLog(u"[Store] "_s + operation + u" failed: "_s + errorText(error));
+}
+
+void Store::releaseLater(QList<LibraryItem> &&list)
+{
+    // Freeing a hundred thousand rows takes a noticeable moment; small lists go at once.
+    if (list.size() < 1000 || !list.isDetached()) {
+        list = {};
+        return;
+    }
+    m_workers.start([rows = std::move(list)]() mutable { rows = {}; });
+}
+
+// ---------------------------------------------------------------------------------------------
+// Toast
+
+QString Store::toastAction() const
+{
+    return m_toastAction == ToastAction::none ? QString() : u"Undo"_s;
+}
+
+void Store::showToast(const QString &text, ToastAction action)
+{
+    m_toast = text;
+    m_toastAction = action;
+    ++m_toastSerial;
+    Q_EMIT toastChanged();
+}
+
+void Store::triggerToastAction()
+{
+    const ToastAction action = m_toastAction;
+    dismissToast();
+    switch (action) {
+    case ToastAction::undoCollectionDelete:
+        undoDelete();
+        break;
+    case ToastAction::undoTrash:
+        undoTrash();
+        break;
+    case ToastAction::none:
+        break;
+    }
+}
+
+void Store::dismissToast()
+{
+    if (m_toast.isEmpty() && m_toastAction == ToastAction::none)
+        return;
+    m_toast.clear();
+    m_toastAction = ToastAction::none;
+    Q_EMIT toastChanged();
 }
 
 } // namespace kivo

@@ -59,6 +59,12 @@ QStringList LogCapture::lines() const
     return m_lines;
 }
 
+bool LogCapture::contains(const QString &fragment) const
+{
+    const QStringList all = lines();
+    return std::any_of(all.begin(), all.end(), [&](const QString &line) { return line.contains(fragment); });
+}
+
 QStringList LogCapture::linesStartingWith(const QString &prefix) const
 {
     QStringList found;

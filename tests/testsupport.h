@@ -42,6 +42,8 @@ public:
     [[nodiscard]] QStringList lines() const;
     /** The lines that start with `prefix`. */
     [[nodiscard]] QStringList linesStartingWith(const QString &prefix) const;
+    /** Whether any line holds `fragment`. */
+    [[nodiscard]] bool contains(const QString &fragment) const;
 
 private:
     mutable QMutex m_mutex;

@@ -3,11 +3,31 @@
 namespace kivo::cli {
 
 Command *makeInfoCommand();
+Command *makePaletteCommand();
+Command *makeListCommand();
+Command *makeCollectionsCommand();
+Command *makeCollectionCommand();
+Command *makeFileCommand();
+Command *makeTagCommand();
+Command *makeFavouriteCommand();
+Command *makeHideCommand();
+Command *makeTrashCommand();
+Command *makeRestoreCommand();
 
 const QList<Command *> &allCommands()
 {
     static const QList<Command *> commands{
         makeInfoCommand(),
+        makePaletteCommand(),
+        makeListCommand(),
+        makeCollectionsCommand(),
+        makeCollectionCommand(),
+        makeFileCommand(),
+        makeTagCommand(),
+        makeFavouriteCommand(),
+        makeHideCommand(),
+        makeTrashCommand(),
+        makeRestoreCommand(),
     };
     return commands;
 }

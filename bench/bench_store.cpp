@@ -1,0 +1,184 @@
+// Times the Store's reloads on a library of 100,000 items: the All list, switching to collections
+// of several sizes, and the collections' own reload. Prints the median and the worst of each.
+
+#include "core/appsettings.h"
+#include "core/librarylocation.h"
+#include "core/store.h"
+#include "core/userdefaults.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTextStream>
+#include <QThread>
+
+#include <algorithm>
+#include <ctime>
+#include <functional>
+
+using namespace Qt::StringLiterals;
+using namespace kivo;
+
+namespace {
+
+constexpr int itemCount = 100000;
+constexpr int rounds = 11;
+
+struct Figures {
+    double median = 0;
+    double worst = 0;
+    double cpuMedian = 0;
+};
+
+/** Time this thread spent running, which a busy machine's other work does not inflate. */
+double threadCpuMs()
+{
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return double(now.tv_sec) * 1e3 + double(now.tv_nsec) / 1e6;
+}
+
+/** Lets the Store's worker reads finish and their answers arrive, as an idle window would between two clicks. */
+void settle()
+{
+    QElapsedTimer idle;
+    idle.start();
+    while (idle.elapsed() < 400) {
+        QCoreApplication::processEvents();
+        QThread::msleep(5);
+    }
+}
+
+Figures measure(const std::function<void()> &prepare, const std::function<void()> &work)
+{
+    QList<double> times;
+    QList<double> cpu;
+    for (int round = 0; round < rounds; ++round) {
+        if (prepare)
+            prepare();
+        settle();
+        QElapsedTimer timer;
+        timer.start();
+        const double cpuStart = threadCpuMs();
+        work();
+        cpu.append(threadCpuMs() - cpuStart);
+        times.append(double(timer.nsecsElapsed()) / 1e6);
+    }
+    std::sort(times.begin(), times.end());
+    std::sort(cpu.begin(), cpu.end());
+    return {times.at(times.size() / 2), times.last(), cpu.at(cpu.size() / 2)};
+}
+
+/** Items with the fields a real library has: titles, addresses, files, sizes, palettes. */
+QList<QString> seed(DatabaseQueue &queue, const QList<QString> &collections, const QList<int> &collectionSizes)
+{
+    QList<QString> ids;
+    ids.reserve(itemCount);
+    auto *random = QRandomGenerator::global();
+    const QStringList kinds{u"image"_s, u"image"_s, u"image"_s, u"video"_s, u"link"_s, u"text"_s, u"file"_s};
+    queue.write([&](Database &db) {
+        for (int i = 0; i < itemCount; ++i) {
+            LibraryItem item;
+            item.id = newIdentifier();
+            item.kind = kinds.at(i % kinds.size());
+            item.title = u"Saved thing number "_s + QString::number(i);
+            item.sourceURL
+                = u"https://example.org/articles/"_s + QString::number(i) + u"/a-rather-long-slug-for-the-page"_s;
+            if (item.kind != u"link" && item.kind != u"text") {
+                item.filePath = u"2024-"_s + QString::number(1 + i % 12).rightJustified(2, u'0') + u"/saved-thing-"_s
+                    + QString::number(i) + u".png"_s;
+                item.fileSize = 100000 + i;
+                item.width = 800 + i % 400;
+                item.height = 600 + i % 300;
+                item.fileHash = QString::number(random->generate64(), 16).repeated(4);
+            }
+            item.colors = u"[\"#A03020\",\"#E0C080\",\"#203040\",\"#808080\",\"#F0F0F0\"]"_s;
+            item.createdAt = item.addedAt = item.modifiedAt = 1.7e9 + i;
+            item.enrichedAt = item.addedAt + 5;
+            db.insert(item);
+            ids.append(item.id);
+        }
+        int next = 0;
+        for (qsizetype c = 0; c < collections.size(); ++c) {
+            for (int n = 0; n < collectionSizes.at(c); ++n)
+                db.insert(ItemCollection{ids.at((next++ * 7919) % itemCount), collections.at(c), 1.7e9 + next});
+        }
+    });
+    return ids;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    QTemporaryDir sandbox;
+    QStandardPaths::setTestModeEnabled(true);
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, sandbox.path() + u"/config"_s);
+    UserDefaults().setValue(u"libraryPath"_s, sandbox.path() + u"/Kivo Library"_s);
+    QTextStream out(stdout);
+
+    AppSettings settings;
+    Store store(&settings);
+    store.initialise();
+    QList<QString> collections;
+    const QList<int> sizes{200, 2000, 20000};
+    for (int size : sizes)
+        collections.append(store.createCollection(u"Board of "_s + QString::number(size)));
+    for (int i = 0; i < 40; ++i)
+        collections.append(store.createCollection(u"Small board "_s + QString::number(i)));
+    QList<int> allSizes = sizes;
+    for (int i = 0; i < 40; ++i)
+        allSizes.append(50);
+
+    QElapsedTimer timer;
+    timer.start();
+    seed(*store.dbQueue(), collections, allSizes);
+    out << "Seeded " << itemCount << " items in " << timer.elapsed() << " ms" << Qt::endl;
+    store.reloadAll();
+    if (application.arguments().contains(u"--keep"_s))
+        QFile::copy(LibraryLocation::databasePath(), u"/tmp/benchlib/library.sqlite"_s);
+    if (application.arguments().contains(u"--all-only"_s)) {
+        // For a profiler: nothing but the All list's reload, over and over.
+        for (int round = 0; round < 20; ++round)
+            store.reloadItems();
+        return 0;
+    }
+    if (application.arguments().contains(u"--trace"_s)) {
+        store.setChurnTrace(true);
+        store.reloadAll();
+        store.setSelection(SidebarSelection::collection(collections.at(1)));
+        return 0;
+    }
+
+    const auto line = [&](const QString &what, const Figures &figures) {
+        out << what.leftJustified(52)
+            << QString::asprintf("median %6.1f ms   worst %6.1f ms   cpu median %6.1f ms", figures.median,
+                   figures.worst, figures.cpuMedian)
+            << Qt::endl;
+    };
+
+    line(u"reloadItems, All (%1 rows)"_s.arg(store.items().size()), measure({}, [&] { store.reloadItems(); }));
+    line(u"reloadCollections (43 collections)"_s, measure({}, [&] { store.reloadCollections(); }));
+    for (qsizetype c = 0; c < sizes.size(); ++c) {
+        const QString id = collections.at(c);
+        line(u"switch All -> collection of %1"_s.arg(sizes.at(c)),
+            measure([&] { store.setSelection(SidebarSelection::all()); },
+                [&] { store.setSelection(SidebarSelection::collection(id)); }));
+    }
+    line(u"switch collection of 200 -> All"_s,
+        measure([&] { store.setSelection(SidebarSelection::collection(collections.first())); },
+            [&] { store.setSelection(SidebarSelection::all()); }));
+    line(u"switch All -> Images"_s,
+        measure([&] { store.setSelection(SidebarSelection::all()); },
+            [&] { store.setSelection(SidebarSelection::type(MediaTypeFilter::image)); }));
+    store.setSelection(SidebarSelection::all());
+    settings.setCardShowTags(true);
+    line(u"reloadItems, All, with tag chips"_s, measure({}, [&] { store.reloadItems(); }));
+    return 0;
+}

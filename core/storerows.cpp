@@ -1,0 +1,334 @@
+#include "core/store.h"
+
+#include "core/appsettings.h"
+#include "core/itemcolours.h"
+#include "core/itemqueries.h"
+#include "core/systemlog.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QPointer>
+#include <QThreadPool>
+
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace kivo {
+
+namespace {
+
+/** How many rows, and colours of each, the tint looks at. */
+constexpr qsizetype tintRows = 60;
+constexpr qsizetype tintColoursPerRow = 3;
+
+double elapsedMs(const QElapsedTimer &timer)
+{
+    return double(timer.nsecsElapsed()) / 1e6;
+}
+
+} // namespace
+
+ItemSort Store::currentItemSort() const
+{
+    if (m_itemSortOverride)
+        return *m_itemSortOverride;
+    return m_settings ? itemSortFromRaw(m_settings->itemSort()).value_or(ItemSort::newest) : ItemSort::newest;
+}
+
+void Store::setItemSortOverride(std::optional<ItemSort> sort)
+{
+    m_itemSortOverride = sort;
+}
+
+void Store::setSearchRunner(SearchRunner runner)
+{
+    m_searchRunner = std::move(runner);
+}
+
+void Store::reloadItems(bool typing)
+{
+    if (!m_dbQueue)
+        return;
+    ++m_searchGeneration;
+    const QString trimmed = m_searchText.trimmed();
+    if (!trimmed.isEmpty() && m_searchRunner) {
+        m_rowsFromSearch = true;
+        m_searchRunner(SearchRequest{trimmed, m_selection, m_inboxId, typing, m_searchGeneration});
+        return;
+    }
+
+    m_rowsFromSearch = false;
+    QElapsedTimer timer;
+    timer.start();
+    QList<LibraryItem> rows;
+    const auto query = ItemQueries::rowQuery(m_selection, currentItemSort(), m_inboxId);
+    try {
+        if (query) {
+            // The counts already tell how many rows come, which spares the list its regrowth.
+            rows.reserve(expectedRowCount());
+            m_dbQueue->read([&](Database &db) {
+                db.forEach(
+                    query->sql, query->arguments, [&](const Row &row) { rows.append(LibraryItem::fromRow(row)); });
+            });
+        }
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] reloadItems failed: "_s + errorText(error));
+        rows.clear();
+    }
+    if (m_churnTrace) {
+        systemLog(QString::asprintf("[trace]   the query (incl. waiting for the db queue): %.0f ms, %d rows",
+            elapsedMs(timer), int(rows.size())));
+    }
+    if (m_defaultViewModePending)
+        applyDefaultViewMode(rows);
+    publishRows(std::move(rows));
+    if (m_churnTrace)
+        systemLog(QString::asprintf("[trace] reloadItems total %.0f ms", elapsedMs(timer)));
+}
+
+qsizetype Store::expectedRowCount() const
+{
+    switch (m_selection.kind()) {
+    case SidebarSelection::Kind::all:
+        return m_allCount;
+    case SidebarSelection::Kind::inbox:
+        return m_inboxCount;
+    case SidebarSelection::Kind::favourites:
+        return m_favouritesCount;
+    case SidebarSelection::Kind::links:
+        return m_linksCount;
+    case SidebarSelection::Kind::trash:
+        return m_trashCount;
+    case SidebarSelection::Kind::hidden:
+        return m_hiddenCount;
+    case SidebarSelection::Kind::type:
+        return typeCount(m_selection.filter());
+    case SidebarSelection::Kind::collection:
+        return m_counts.value(m_selection.collectionId(), 0);
+    }
+    return 0;
+}
+
+void Store::applySearchResults(quint64 generation, const QList<LibraryItem> &rows)
+{
+    if (generation != m_searchGeneration)
+        return;
+    publishRows(rows);
+}
+
+void Store::publishRows(QList<LibraryItem> rows)
+{
+    QElapsedTimer timer;
+    timer.start();
+    // A view that shows one to four kinds filters; none or all five shows everything.
+    if (m_settings) {
+        std::array<bool, 5> shown{};
+        int kinds = 0;
+        for (const QString &raw : m_settings->allViewKinds()) {
+            if (const auto kind = itemKindFromRaw(raw); kind && !shown[size_t(*kind)]) {
+                shown[size_t(*kind)] = true;
+                ++kinds;
+            }
+        }
+        if (kinds >= 1 && kinds <= 4) {
+            rows.removeIf([&](const LibraryItem &item) {
+                const auto kind = item.itemKind();
+                return !kind || !shown[size_t(*kind)];
+            });
+        }
+    }
+    if (rows != m_items) {
+        std::swap(m_items, rows);
+        releaseLater(std::move(rows));
+        Q_EMIT itemsChanged();
+    } else {
+        releaseLater(std::move(rows));
+    }
+    if (m_churnTrace)
+        systemLog(QString::asprintf("[trace]   handing SwiftUI the array: %.0f ms", elapsedMs(timer)));
+    rebuildRailSplit();
+    reloadTagNames();
+    timer.restart();
+    reloadCanvasPositions();
+    reloadBoardObjects();
+    const double canvas = elapsedMs(timer);
+    timer.restart();
+    startTint();
+    if (m_churnTrace)
+        systemLog(QString::asprintf("[trace]   canvas positions: %.0f ms, tint: %.0f ms", canvas, elapsedMs(timer)));
+    pruneSelection();
+}
+
+void Store::rebuildRailSplit()
+{
+    QList<LibraryItem> rows = m_items;
+    if (!m_capturePendingItemId.isEmpty())
+        rows.removeIf([&](const LibraryItem &item) { return item.id == m_capturePendingItemId; });
+
+    QList<LibraryItem> allRows;
+    QList<LibraryItem> railItems;
+    const bool applies = m_selection.isCollection() && m_viewMode == ViewMode::cards && m_searchText.isEmpty();
+    qsizetype links = 0;
+    if (applies) {
+        for (const LibraryItem &item : std::as_const(rows))
+            links += item.kind == u"link" ? 1 : 0;
+    }
+    const qsizetype others = rows.size() - links;
+    const auto override = m_railSplitOverride.constFind(m_selection.key());
+    const bool split = override != m_railSplitOverride.constEnd() ? *override : (links >= 2 && others >= 2);
+    if (!applies || !split || links == 0) {
+        allRows = std::move(rows);
+    } else {
+        allRows.reserve(others);
+        railItems.reserve(links);
+        for (const LibraryItem &item : std::as_const(rows))
+            (item.kind == u"link" ? railItems : allRows).append(item);
+    }
+    if (allRows != m_allRows) {
+        std::swap(m_allRows, allRows);
+        releaseLater(std::move(allRows));
+        Q_EMIT allRowsChanged();
+    }
+    if (railItems != m_railItems) {
+        std::swap(m_railItems, railItems);
+        releaseLater(std::move(railItems));
+        Q_EMIT railItemsChanged();
+    }
+}
+
+bool Store::tagNamesNeeded() const
+{
+    if (!m_settings)
+        return false;
+    return m_settings->cardShowTags() || (m_viewMode == ViewMode::list && m_settings->listShowTags());
+}
+
+void Store::reloadTagNames()
+{
+    QHash<QString, QStringList> names;
+    if (m_dbQueue && tagNamesNeeded() && !m_items.isEmpty()) {
+        const QString head
+            = u"SELECT it.itemId AS itemId, t.name AS name\nFROM itemTag it JOIN tag t ON t.id = it.tagId\n"
+              "WHERE it.itemId IN ("_s;
+        const QString tail = u") AND it.status >= 0\nORDER BY t.name ASC"_s;
+        const auto collect = [&](const Row &row) { names[row.text(0)].append(row.text(1)); };
+        try {
+            m_dbQueue->read([&](Database &db) {
+                const auto rows = ItemQueries::rowIdQuery(m_selection, m_inboxId);
+                if (m_items.size() <= ItemQueries::maxListLength || m_rowsFromSearch || !rows) {
+                    QStringList ids;
+                    for (const LibraryItem &item : std::as_const(m_items))
+                        ids.append(item.id);
+                    QVariantList arguments;
+                    for (qsizetype start = 0; start < ids.size(); start += ItemQueries::maxListLength) {
+                        arguments.clear();
+                        const QString marks
+                            = ItemQueries::placeholders(ids.mid(start, ItemQueries::maxListLength), arguments);
+                        db.forEach(head + marks + tail, arguments, collect);
+                    }
+                    return;
+                }
+                // ### A long list is named by the selection's own row query instead of one argument
+                // per row: binding a hundred thousand ids costs far more than the tags themselves.
+                // The query may name rows the view's kinds leave out; their tags are dropped below.
+                db.forEach(head + rows->sql + tail, rows->arguments, collect);
+            });
+        } catch (const std::exception &error) {
+            systemLog(u"[Store] reloadTagNames failed: "_s + errorText(error));
+            return;
+        }
+        if (m_items.size() > ItemQueries::maxListLength && !m_rowsFromSearch && !names.isEmpty()) {
+            QSet<QString> shown;
+            for (const LibraryItem &item : std::as_const(m_items))
+                shown.insert(item.id);
+            names.removeIf([&](const auto &entry) { return !shown.contains(entry.key()); });
+        }
+    }
+    if (names == m_tagNamesByItem)
+        return;
+    m_tagNamesByItem = std::move(names);
+    Q_EMIT tagNamesByItemChanged();
+}
+
+void Store::startTint()
+{
+    QStringList palettes;
+    for (qsizetype i = 0; i < m_allRows.size() && palettes.size() < tintRows; ++i)
+        palettes.append(m_allRows.at(i).colors.value_or(QString()));
+    const quint64 generation = ++m_tintGeneration;
+    QPointer<Store> self(this);
+    m_workers.start(
+        [self, generation, palettes] {
+            QList<QColor> colours;
+            for (const QString &palette : palettes)
+                colours.append(ItemColours::decode(palette).mid(0, tintColoursPerRow));
+            const QColor tint = ItemColours::tint(colours);
+            // The answer goes back to the main thread, where the Store is checked and compared.
+            QMetaObject::invokeMethod(
+                QCoreApplication::instance(),
+                [self, generation, tint] {
+                    if (!self || generation != self->m_tintGeneration || tint == self->m_collectionTint)
+                        return;
+                    self->m_collectionTint = tint;
+                    Q_EMIT self->collectionTintChanged();
+                },
+                Qt::QueuedConnection);
+        },
+        QThread::LowPriority);
+}
+
+void Store::reloadCanvasPositions()
+{
+    if (!m_dbQueue)
+        return;
+    QHash<QString, CanvasPosition> positions;
+    try {
+        m_dbQueue->read([&](Database &db) {
+            db.forEach(
+                u"SELECT * FROM canvasPosition WHERE collectionKey = ?"_s, {m_selection.key()}, [&](const Row &row) {
+                    const CanvasPosition position = CanvasPosition::fromRow(row);
+                    positions.insert(position.itemId, position);
+                });
+        });
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] reloadCanvasPositions failed: "_s + errorText(error));
+        return;
+    }
+    if (positions == m_canvasPositions)
+        return;
+    m_canvasPositions = std::move(positions);
+    Q_EMIT canvasPositionsChanged();
+}
+
+void Store::reloadBoardObjects()
+{
+    if (!m_dbQueue)
+        return;
+    QList<BoardObject> objects;
+    try {
+        objects = m_dbQueue->read([&](Database &db) {
+            return db.fetchAll<BoardObject>(
+                u"SELECT * FROM boardObject WHERE collectionKey = ? AND deletedAt IS NULL ORDER BY zIndex ASC"_s,
+                {m_selection.key()});
+        });
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] reloadBoardObjects failed: "_s + errorText(error));
+        objects.clear();
+    }
+    if (objects == m_boardObjects)
+        return;
+    m_boardObjects = std::move(objects);
+    Q_EMIT boardObjectsChanged();
+}
+
+void Store::setCapturePendingItemId(const QString &id)
+{
+    if (m_capturePendingItemId == id)
+        return;
+    m_capturePendingItemId = id;
+    Q_EMIT capturePendingItemIdChanged();
+    rebuildRailSplit();
+}
+
+} // namespace kivo
