@@ -1,23 +1,30 @@
 #include "app/kivoapp.h"
 
+#include "app/lifecycle/appdelegate.h"
+#include "app/lifecycle/diagnostics.h"
+#include "app/lifecycle/quitsignals.h"
+#include "app/lifecycle/singleinstance.h"
 #include "app/platform/desktopcolorscheme.h"
 #include "app/platform/systemdesktop.h"
+#include "app/platform/trayicon.h"
+#include "core/appsettings.h"
+#include "core/launchoptions.h"
 #include "core/librarylocation.h"
 #include "core/librarylock.h"
 #include "core/librarypresence.h"
-#include "core/reorganiser.h"
 #include "core/store.h"
 #include "core/systemlog.h"
-#include "core/appsettings.h"
 #include "ingest/bridge/bridgeservice.h"
 #include "surfaces/gate/librarygate.h"
 #include "surfaces/qmlservices.h"
 #include "surfaces/theme/appearancecontroller.h"
 
+#include <QApplication>
 #include <QEventLoop>
-#include <QGuiApplication>
+#include <QIcon>
 #include <QQmlApplicationEngine>
 #include <QQmlEngine>
+#include <QWindow>
 #include <QtQml/qqmlextensionplugin.h>
 
 #include <cstdio>
@@ -41,13 +48,9 @@ std::optional<LibraryGate::Outcome> askAboutMissingLibrary(const QString &root)
     engine.load(QUrl(u"qrc:/Kivo/gate/GateWindow.qml"_s));
     if (engine.rootObjects().isEmpty())
         return std::nullopt;
-    // The window hides itself at the answer; that must not end the application.
-    const bool quitOnClose = QGuiApplication::quitOnLastWindowClosed();
-    QGuiApplication::setQuitOnLastWindowClosed(false);
     QEventLoop waiting;
     QObject::connect(&gate, &LibraryGate::finished, &waiting, &QEventLoop::quit);
     waiting.exec();
-    QGuiApplication::setQuitOnLastWindowClosed(quitOnClose);
     return gate.outcome();
 }
 
@@ -73,17 +76,32 @@ std::optional<int> settleLibraryPresence()
     return std::nullopt;
 }
 
+/** Brings a window back from hidden or minimised and asks the window manager for the focus. */
+void bringForward(QWindow *window)
+{
+    if (!window)
+        return;
+    if (window->windowStates() & Qt::WindowMinimized)
+        window->setWindowStates(window->windowStates() & ~Qt::WindowMinimized);
+    window->show();
+    window->raise();
+    window->requestActivate();
+}
+
 } // namespace
 
 int runApplication(int argc, char **argv)
 {
-    QGuiApplication application(argc, argv);
-    QGuiApplication::setOrganizationName(u"Kivo"_s);
-    QGuiApplication::setApplicationName(u"Kivo"_s);
-    QGuiApplication::setApplicationDisplayName(u"Kivo"_s);
-    QGuiApplication::setApplicationVersion(QStringLiteral(KIVO_VERSION));
-    QGuiApplication::setDesktopFileName(u"app.kivo.Kivo"_s);
-    LibraryLocation::setArguments(QGuiApplication::arguments());
+    QApplication application(argc, argv);
+    QApplication::setOrganizationName(u"Kivo"_s);
+    QApplication::setApplicationName(u"Kivo"_s);
+    QApplication::setApplicationDisplayName(u"Kivo"_s);
+    QApplication::setApplicationVersion(QStringLiteral(KIVO_VERSION));
+    QApplication::setDesktopFileName(u"app.kivo.Kivo"_s);
+    QApplication::setWindowIcon(QIcon(u":/icons/app.kivo.Kivo.svg"_s));
+    // The shelf, the hotkeys and the bridge live on without a window; only a quit ends the program.
+    QApplication::setQuitOnLastWindowClosed(false);
+    LibraryLocation::setArguments(QApplication::arguments());
 
     DesktopColorScheme desktopScheme;
     AppSettings settings;
@@ -109,27 +127,62 @@ int runApplication(int argc, char **argv)
     QString refusal;
     auto lock = LibraryLock::acquire(root, &refusal);
     if (!lock) {
+        // Whoever holds the library shows its window, if it is a window at all; the answer is the same.
+        SingleInstance::askToShow(root);
         std::fprintf(stderr, "kivo: %s\n", qPrintable(refusal));
         return 1;
     }
-    Reorganiser::run(root);
+
+    // Listening and the quit signals come first: a second launch or a SIGTERM that arrives while the
+    // window is still loading is answered as soon as the event loop runs.
+    SingleInstance instance(root);
+    if (!instance.listen())
+        systemLog(u"[Launch] could not listen for other launches on "_s + SingleInstance::serverName(root));
+    QuitSignals quitSignals;
+    bool quitAsked = false;
+    QObject::connect(&quitSignals, &QuitSignals::quitRequested, &application, [&quitAsked] {
+        quitAsked = true;
+        QCoreApplication::quit();
+    });
+
+    AppDelegate delegate(LaunchOptions::current());
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &delegate, &AppDelegate::willTerminate);
+    delegate.didFinishLaunching(root);
 
     SystemDesktop desktop;
     Store store(&settings);
     store.setDesktop(&desktop);
     store.initialise();
+    delegate.setStore(&store);
     QmlServices::publishStore(&store);
 
     QQmlApplicationEngine engine;
     QmlServices::prepareEngine(engine);
     engine.load(QUrl(u"qrc:/Kivo/window/Main.qml"_s));
-    if (engine.rootObjects().isEmpty())
+    if (engine.rootObjects().isEmpty()) {
+        delegate.willTerminate();
         return 1;
+    }
+    QWindow *mainWindow = qobject_cast<QWindow *>(engine.rootObjects().constFirst());
+    const auto showMainWindow = [mainWindow] { bringForward(mainWindow); };
+    QObject::connect(&instance, &SingleInstance::showRequested, &instance, [showMainWindow](qint64 pid) {
+        showMainWindow();
+        Diagnostics::log(u"note: window shown for another launch (pid %1)"_s.arg(pid));
+    });
 
     // The browser extension's bridge (127.0.0.1:17894): up after the window, down at quit.
     BridgeService bridge(settings, store);
 
-    return QGuiApplication::exec();
+    TrayIcon tray;
+    QObject::connect(&tray, &TrayIcon::openRequested, &tray, showMainWindow);
+    QObject::connect(&tray, &TrayIcon::quitRequested, &application, &QCoreApplication::quit);
+    tray.show();
+
+    if (quitAsked) { // a signal was handled by a nested loop before the main one started
+        delegate.willTerminate();
+        return 0;
+    }
+    return QApplication::exec();
 }
 
 } // namespace kivo

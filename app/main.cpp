@@ -3,13 +3,18 @@
 
 #include "app/cli/command.h"
 #include "app/kivoapp.h"
+#include "app/lifecycle/scheduledbackupjob.h"
+#include "core/launchoptions.h"
 #include "core/librarylocation.h"
 #include "understanding/textrecognizer.h"
+#include "core/userdefaults.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QTextStream>
 
 #include <cstdio>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -69,8 +74,27 @@ void printHelp(QTextStream &out)
            "  --help                                       show this help\n"
            "  --version                                    show the version\n\n"
            "Application switches: --no-enrich, --churn-trace, --onboarding, --onboarding-step N,\n"
-           "--checklist, --mouse-probe, --view-options\n"_s;
+           "--checklist, --mouse-probe, --view-options; --run-scheduled-backup runs the backup job\n"
+           "without a window.\n"_s;
     out.flush();
+}
+
+// Scroll bars that appear while scrolling, as the interface is drawn for them; a choice the user
+// made by hand is kept.
+void ensureAutomaticScrollBars()
+{
+    kivo::UserDefaults defaults;
+    if (defaults.stringValue(u"AppleShowScrollBars"_s) != u"Automatic")
+        defaults.setValue(u"AppleShowScrollBars"_s, u"Automatic"_s);
+}
+
+kivo::cli::Command *findCommand(const QString &name)
+{
+    for (kivo::cli::Command *command : kivo::cli::allCommands()) {
+        if (command->name() == name)
+            return command;
+    }
+    return nullptr;
 }
 
 } // namespace
@@ -83,12 +107,25 @@ int main(int argc, char **argv)
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
         arguments.append(QString::fromLocal8Bit(argv[i]));
-    const CommandLine line = parse(arguments);
+    kivo::LaunchOptions::setCurrent(kivo::LaunchOptions::parse(arguments));
+    ensureAutomaticScrollBars();
 
+    if (kivo::LaunchOptions::current().runScheduledBackup)
+        return kivo::ScheduledBackupJob::run(argc, argv);
+
+    const CommandLine line = parse(arguments);
     if (line.command.isEmpty() && !line.help && !line.version)
         return kivo::runApplication(argc, argv);
 
-    QCoreApplication application(argc, argv);
+    kivo::cli::Command *command = findCommand(line.command);
+    std::unique_ptr<QCoreApplication> application;
+    if (command && command->needsGui() && !line.help) {
+        // Painting needs a GUI application, never a window: the off-screen platform serves anywhere.
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        application = std::make_unique<QGuiApplication>(argc, argv);
+    } else {
+        application = std::make_unique<QCoreApplication>(argc, argv);
+    }
     QCoreApplication::setOrganizationName(u"Kivo"_s);
     QCoreApplication::setApplicationName(u"Kivo"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(KIVO_VERSION));
@@ -104,9 +141,7 @@ int main(int argc, char **argv)
         printHelp(out);
         return 0;
     }
-    for (kivo::cli::Command *command : kivo::cli::allCommands()) {
-        if (command->name() != line.command)
-            continue;
+    if (command) {
         if (line.help) {
             out << u"Usage: kivo "_s << command->name() << u' ' << command->synopsis() << u"\n  "_s
                 << command->summary() << Qt::endl;

@@ -38,7 +38,30 @@ DatabaseError::DatabaseError(int code, const QString &message, const QString &sq
 // ---------------------------------------------------------------------------------------------
 // Row
 
-Row::Row(sqlite3_stmt *statement, QHash<const char *, int> *columnCache)
+int ColumnCache::find(const char *column, sqlite3_stmt *statement) const
+{
+    if (m_cursor < m_entries.size() && m_entries[m_cursor].first == column)
+        return m_entries[m_cursor++].second;
+    for (size_t i = 0; i < m_entries.size(); ++i) {
+        if (m_entries[i].first == column) {
+            m_cursor = i + 1;
+            return m_entries[i].second;
+        }
+    }
+    int found = -1;
+    const int count = sqlite3_column_count(statement);
+    for (int i = 0; i < count; ++i) {
+        if (std::strcmp(sqlite3_column_name(statement, i), column) == 0) {
+            found = i;
+            break;
+        }
+    }
+    m_entries.emplace_back(column, found);
+    m_cursor = m_entries.size();
+    return found;
+}
+
+Row::Row(sqlite3_stmt *statement, const ColumnCache *columnCache)
     : m_statement(statement)
     , m_columnCache(columnCache)
 {
@@ -46,19 +69,7 @@ Row::Row(sqlite3_stmt *statement, QHash<const char *, int> *columnCache)
 
 int Row::indexOf(const char *column) const
 {
-    const auto cached = m_columnCache->constFind(column);
-    if (cached != m_columnCache->constEnd())
-        return cached.value();
-    int found = -1;
-    const int count = sqlite3_column_count(m_statement);
-    for (int i = 0; i < count; ++i) {
-        if (std::strcmp(sqlite3_column_name(m_statement, i), column) == 0) {
-            found = i;
-            break;
-        }
-    }
-    m_columnCache->insert(column, found);
-    return found;
+    return m_columnCache->find(column, m_statement);
 }
 
 int Row::require(const char *column) const
@@ -262,6 +273,7 @@ void Database::forEach(const QString &sql, const QVariantList &arguments, const 
     for (;;) {
         const int rc = sqlite3_step(statement);
         if (rc == SQLITE_ROW) {
+            cached.columns.rewind();
             if (visit)
                 visit(row);
             continue;

@@ -12,6 +12,8 @@
 #include <optional>
 #include <stdexcept>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -34,11 +36,32 @@ private:
     QString m_sql;
 };
 
+/**
+ * Column positions resolved by name once per run of a statement. A decoder asks for the same names
+ * in the same order on every row, so the next expected entry is tried first and a lookup is
+ * usually one pointer comparison.
+ */
+class ColumnCache
+{
+public:
+    void clear()
+    {
+        m_entries.clear();
+        m_cursor = 0;
+    }
+    void rewind() const { m_cursor = 0; }
+    [[nodiscard]] int find(const char *column, sqlite3_stmt *statement) const;
+
+private:
+    mutable std::vector<std::pair<const char *, int>> m_entries;
+    mutable size_t m_cursor = 0;
+};
+
 /** One result row of a running statement, read by column name or index. Valid until the next step. */
 class Row
 {
 public:
-    explicit Row(sqlite3_stmt *statement, QHash<const char *, int> *columnCache);
+    explicit Row(sqlite3_stmt *statement, const ColumnCache *columnCache);
 
     /** Index of a column by name, or -1. Names are cached by address, so pass string literals. */
     [[nodiscard]] int indexOf(const char *column) const;
@@ -69,7 +92,7 @@ private:
     int require(const char *column) const;
 
     sqlite3_stmt *m_statement;
-    QHash<const char *, int> *m_columnCache;
+    const ColumnCache *m_columnCache;
 };
 
 /**
@@ -135,7 +158,7 @@ private:
 
     struct CachedStatement {
         sqlite3_stmt *statement = nullptr;
-        QHash<const char *, int> columns;
+        ColumnCache columns;
     };
     sqlite3_stmt *compile(const QString &sql, bool persistent);
     CachedStatement &prepare(const QString &sql);

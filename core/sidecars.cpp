@@ -9,7 +9,6 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QSaveFile>
 
 using namespace Qt::StringLiterals;
 
@@ -138,8 +137,12 @@ QByteArray serialise(const QJsonObject &object)
 
 void writeFile(const QString &path, const QJsonObject &object)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(serialise(object)) < 0 || !file.commit())
+    // Plain writes, without the disk sync per file of a save-and-rename: that made the refresh of a
+    // large library at quit take minutes. These files are a copy of the database (the refresh has
+    // just deleted the old ones), and the next refresh mends any that a crash or power cut cuts short.
+    const QByteArray bytes = serialise(object);
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(bytes) != bytes.size() || !file.flush())
         throw LibraryError(u"Could not write "_s + path + u": "_s + file.errorString());
 }
 

@@ -31,6 +31,8 @@ public:
     /** Arguments after the name, as shown by --help. */
     [[nodiscard]] virtual QString synopsis() const = 0;
     [[nodiscard]] virtual QString summary() const = 0;
+    /** Whether the command paints (fonts, pictures): it then runs on an off-screen GUI application. */
+    [[nodiscard]] virtual bool needsGui() const { return false; }
     virtual int run(CommandContext &context) = 0;
 };
 

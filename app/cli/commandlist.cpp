@@ -13,6 +13,8 @@ Command *makeFavouriteCommand();
 Command *makeHideCommand();
 Command *makeTrashCommand();
 Command *makeRestoreCommand();
+Command *makeSidecarsCommand();
+Command *makeDemoCommand();
 
 const QList<Command *> &allCommands()
 {
@@ -28,6 +30,8 @@ const QList<Command *> &allCommands()
         makeHideCommand(),
         makeTrashCommand(),
         makeRestoreCommand(),
+        makeSidecarsCommand(),
+        makeDemoCommand(),
     };
     return commands;
 }
