@@ -1,6 +1,7 @@
 #include "app/kivoapp.h"
 
 #include "app/lifecycle/appdelegate.h"
+#include "app/lifecycle/frameprobe.h"
 #include "app/lifecycle/diagnostics.h"
 #include "app/lifecycle/quitsignals.h"
 #include "app/lifecycle/singleinstance.h"
@@ -26,6 +27,7 @@
 #include <QEventLoop>
 #include <QIcon>
 #include <QQmlApplicationEngine>
+#include <QQuickWindow>
 #include <QQmlEngine>
 #include <QScopeGuard>
 #include <QWindow>
@@ -175,6 +177,7 @@ int runApplication(int argc, char **argv)
         return 1;
     }
     QWindow *mainWindow = qobject_cast<QWindow *>(engine.rootObjects().constFirst());
+    FrameProbe::attachIfAsked(qobject_cast<QQuickWindow *>(mainWindow));
     const auto showMainWindow = [mainWindow] { bringForward(mainWindow); };
     QObject::connect(&instance, &SingleInstance::showRequested, &instance, [showMainWindow](qint64 pid) {
         showMainWindow();
