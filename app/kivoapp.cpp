@@ -168,7 +168,6 @@ int runApplication(int argc, char **argv)
     // (3 seconds after the first load), and whatever importers hand over in between.
     EnrichmentService enrichment;
     enrichment.attachStore(&store);
-    QObject::connect(&store, &Store::enrichmentDue, &enrichment, &EnrichmentService::scanPending);
     enrichment.runBackfills();
     EnrichmentProgress enrichmentProgress;
     QObject::connect(&enrichment, &EnrichmentService::pendingCountChanged, &enrichmentProgress,

@@ -2,6 +2,7 @@
 
 #include "core/database.h"
 #include "core/launchoptions.h"
+#include "core/media/thumbnailer.h"
 #include "core/store.h"
 #include "core/systemlog.h"
 #include "understanding/imageclassifier.h"
@@ -20,6 +21,22 @@ namespace {
 /** Text recognition and classification of one picture run side by side. */
 constexpr int visionThreads = 2;
 
+/** A video's representative frame or a document's first page, through the thumbnail decoders. */
+QImage framePicture(const QString &path, int maxSide)
+{
+    return Thumbnailer::make(path, QSize(maxSide, maxSide));
+}
+
+/** Fills in what the caller left out: no classifier names nothing, frames come from the thumbnailer. */
+EnrichmentHooks completed(EnrichmentHooks hooks)
+{
+    if (!hooks.classifier)
+        hooks.classifier = std::make_shared<AbsentImageClassifier>();
+    if (!hooks.framePicture)
+        hooks.framePicture = framePicture;
+    return hooks;
+}
+
 } // namespace
 
 EnrichmentService::EnrichmentService(QObject *parent) : EnrichmentService(LaunchOptions::current().noEnrich, parent)
@@ -29,7 +46,7 @@ EnrichmentService::EnrichmentService(QObject *parent) : EnrichmentService(Launch
 EnrichmentService::EnrichmentService(bool disabled, QObject *parent) : QObject(parent), m_disabled(disabled)
 {
     qRegisterMetaType<ItemEnricher::Outcome>();
-    m_library.hooks.classifier = std::make_shared<AbsentImageClassifier>();
+    m_library.hooks = completed({});
     // The recognisers load their models once per thread, so these threads never retire.
     m_vision.setMaxThreadCount(visionThreads);
     m_vision.setExpiryTimeout(-1);
@@ -60,9 +77,7 @@ template <typename Work> void EnrichmentService::onWorker(Work &&work)
 void EnrichmentService::setHooks(EnrichmentHooks hooks)
 {
     const std::lock_guard lock(m_libraryMutex);
-    if (!hooks.classifier)
-        hooks.classifier = std::make_shared<AbsentImageClassifier>();
-    m_library.hooks = std::move(hooks);
+    m_library.hooks = completed(std::move(hooks));
 }
 
 void EnrichmentService::attachStore(Store *store)
@@ -81,6 +96,16 @@ void EnrichmentService::attachStore(Store *store)
     connect(this, &EnrichmentService::backfillFinished, store, [store](const QString &flag) {
         if (flag == coloursReextractedFlag)
             store->reloadAll();
+    });
+    // The first scan waits for the Store's word (a few seconds after the first load); after that,
+    // whenever the library's counts change, items may have arrived that nobody handed over.
+    connect(store, &Store::enrichmentDue, this, [this] {
+        m_scanDue = true;
+        scanPending();
+    });
+    connect(store, &Store::countsChanged, this, [this] {
+        if (m_scanDue)
+            scanPending();
     });
 }
 

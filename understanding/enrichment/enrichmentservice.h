@@ -39,12 +39,16 @@ public:
     EnrichmentService(bool disabled, QObject *parent);
     ~EnrichmentService() override;
 
-    /** Sets what items are read with; call before the first item is queued. */
+    /**
+     * Sets what items are read with; call before the first item is queued. Left out, the classifier
+     * names nothing and frames of videos and documents come from the thumbnail decoders.
+     */
     void setHooks(EnrichmentHooks hooks);
 
     /**
      * The window's library: its database and root, and the Store asked to refresh after each item
-     * (and to reload everything after the colour upgrade). Main thread.
+     * (and to reload everything after the colour upgrade). The pending scan runs when the Store
+     * says it is due and again whenever its counts change after that. Main thread.
      */
     void attachStore(Store *store);
     /** A library without a Store to refresh (headless commands). */
@@ -114,6 +118,7 @@ private:
     mutable std::mutex m_libraryMutex;
     Library m_library;
     QPointer<Store> m_store;
+    bool m_scanDue = false; // main thread: the Store asked for the first scan
 
     // Worker-thread state.
     std::deque<QString> m_queue;

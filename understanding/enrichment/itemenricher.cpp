@@ -70,8 +70,8 @@ ItemEnricher::Outcome ItemEnricher::enrich(const QString &itemId)
         return tagLink(*item);
     if (!item->filePath)
         return Outcome::passed;
-    // ### Until a frame source is given (the thumbnail service), videos and documents are left
-    // pending rather than marked as unreadable, so they are read once it is there.
+    // Without a frame source, videos and documents stay pending rather than being marked
+    // unreadable, so they are read once there is one.
     if (item->kind != u"image" && !m_hooks.framePicture)
         return Outcome::passed;
     const QImage picture = analysisPicture(*item, resolve(m_libraryRoot, *item->filePath), m_hooks);
