@@ -13,8 +13,8 @@ namespace kivo {
 class EnrichmentProgress : public QObject
 {
     Q_OBJECT
-    QML_ELEMENT
-    QML_UNCREATABLE("published by the application")
+    // Known to QML only as the published singleton, so its type name stays free for that.
+    QML_ANONYMOUS
 
     /** Items waiting to be read or being read now; 0 when reading is idle. */
     Q_PROPERTY(int pendingCount READ pendingCount NOTIFY pendingCountChanged)
