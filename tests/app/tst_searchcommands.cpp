@@ -12,6 +12,7 @@
 #include <QJsonObject>
 #include <QPainter>
 #include <QProcess>
+#include <QSettings>
 #include <QtTest>
 
 using namespace Qt::StringLiterals;
@@ -111,9 +112,13 @@ void TestSearchCommands::init()
 {
     m_sandbox = std::make_unique<test::Sandbox>();
     m_root = m_sandbox->path() + u"/Library"_s;
-    // The first command makes the library in its current layout, as the window would.
+    // A library made as the window makes it, in the browsable layout, then closed.
+    QVERIFY(QDir().mkpath(m_root + u"/items"_s));
+    DatabaseQueue::open(m_root + u"/library.sqlite"_s);
+    QSettings childDefaults(m_sandbox->path() + u"/config/Kivo/Kivo.conf"_s, QSettings::IniFormat);
+    childDefaults.setValue(u"libraryReorganised"_s, true);
+    childDefaults.sync();
     QCOMPARE(kivo({u"list"_s}).exitCode, 0);
-    QVERIFY(QFileInfo(m_root + u"/items"_s).isDir());
     m_sign = addPicture(u"IMG_0042"_s, picture(Qt::white, u"Harbour parking only"_s), 100, u"sign"_s);
     m_red = addPicture(u"Red harbour boat"_s, picture(QColor(0xC8, 0x1E, 0x1E)), 200, u"boat"_s);
     m_garden = addPicture(u"Summer garden"_s, picture(QColor(0x1E, 0x6E, 0x32)), 300, u"garden"_s);
@@ -207,8 +212,8 @@ void TestSearchCommands::badArgumentsAreRefused_data()
     QTest::newRow("blank query") << QStringList{u"search"_s, u"  "_s} << u"search needs a query"_s;
     QTest::newRow("selection without a value")
         << QStringList{u"search"_s, u"x"_s, u"--selection"_s} << u"--selection needs a value"_s;
-    QTest::newRow("unknown selection") << QStringList{u"search"_s, u"x"_s, u"--selection"_s, u"nowhere"_s}
-                                       << u"'nowhere' names no selection"_s;
+    QTest::newRow("a selection that is no collection")
+        << QStringList{u"search"_s, u"x"_s, u"--selection"_s, u"nowhere"_s} << u"no collection with id nowhere"_s;
     QTest::newRow("enrich with a word") << QStringList{u"enrich"_s, u"now"_s} << u"enrich does not take 'now'"_s;
 }
 
