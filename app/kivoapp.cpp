@@ -18,10 +18,13 @@
 #include "core/store.h"
 #include "core/systemlog.h"
 #include "ingest/bridge/bridgeservice.h"
+#include "search/searchservice.h"
+#include "surfaces/enrichment/enrichmentprogress.h"
 #include "surfaces/gate/librarygate.h"
 #include "surfaces/qmlservices.h"
 #include "surfaces/theme/appearancecontroller.h"
 #include "surfaces/thumbnails/thumbnailprovider.h"
+#include "understanding/enrichment/enrichmentservice.h"
 
 #include <QApplication>
 #include <QEventLoop>
@@ -161,6 +164,17 @@ int runApplication(int argc, char **argv)
     store.initialise();
     delegate.setStore(&store);
     QmlServices::publishStore(&store);
+    SearchService search(store);
+
+    // Background reading: the one-time upgrades now, the scan for unread items when the Store says
+    // (3 seconds after the first load), and whatever importers hand over in between.
+    EnrichmentService enrichment;
+    enrichment.attachStore(&store);
+    enrichment.runBackfills();
+    EnrichmentProgress enrichmentProgress;
+    QObject::connect(&enrichment, &EnrichmentService::pendingCountChanged, &enrichmentProgress,
+        &EnrichmentProgress::setPendingCount);
+    QmlServices::publishEnrichmentProgress(&enrichmentProgress);
 
     QQmlApplicationEngine engine;
     QmlServices::prepareEngine(engine);

@@ -6,6 +6,7 @@ namespace kivo {
 
 class AppSettings;
 class AppearanceController;
+class EnrichmentProgress;
 class Store;
 
 /**
@@ -21,6 +22,7 @@ void prepareEngine(QQmlEngine &engine);
 void publishStore(Store *store);
 void publishAppearance(AppearanceController *appearance);
 void publishSettings(AppSettings *settings);
+void publishEnrichmentProgress(EnrichmentProgress *progress);
 
 } // namespace QmlServices
 } // namespace kivo

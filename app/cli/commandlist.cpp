@@ -5,6 +5,7 @@ namespace kivo::cli {
 Command *makeInfoCommand();
 Command *makePaletteCommand();
 Command *makeListCommand();
+Command *makeSearchCommand();
 Command *makeCollectionsCommand();
 Command *makeCollectionCommand();
 Command *makeFileCommand();
@@ -15,6 +16,7 @@ Command *makeTrashCommand();
 Command *makeRestoreCommand();
 Command *makeSidecarsCommand();
 Command *makeDemoCommand();
+Command *makeEnrichCommand();
 
 const QList<Command *> &allCommands()
 {
@@ -22,6 +24,7 @@ const QList<Command *> &allCommands()
         makeInfoCommand(),
         makePaletteCommand(),
         makeListCommand(),
+        makeSearchCommand(),
         makeCollectionsCommand(),
         makeCollectionCommand(),
         makeFileCommand(),
@@ -31,6 +34,7 @@ const QList<Command *> &allCommands()
         makeTrashCommand(),
         makeRestoreCommand(),
         makeSidecarsCommand(),
+        makeEnrichCommand(),
         makeDemoCommand(),
     };
     return commands;

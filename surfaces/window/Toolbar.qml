@@ -97,6 +97,14 @@ Item {
         anchors.verticalCenter: parent.verticalCenter
         spacing: Theme.space.s
 
+        EnrichmentIndicator {
+            objectName: "enrichmentIndicator"
+            anchors.verticalCenter: parent.verticalCenter
+            // Absent in windows that run without background reading.
+            pendingCount: typeof EnrichmentProgress !== "undefined" && EnrichmentProgress
+                          ? EnrichmentProgress.pendingCount : 0
+        }
+
         Basic.TextField {
             id: search
             objectName: "searchField"
