@@ -31,14 +31,11 @@ struct ImportContext {
     [[nodiscard]] static ImportContext forLibrary(std::shared_ptr<DatabaseQueue> queue, const QString &libraryRoot);
 };
 
-/** A failure of an import that is not the database's: a file that can't be read or written, an address that gives nothing. */
+/** An import's own failure (not the database's): a file that can't be read or written, an address that fails. */
 class ImportError : public std::runtime_error
 {
 public:
-    explicit ImportError(const QString &message)
-        : std::runtime_error(message.toStdString())
-    {
-    }
+    explicit ImportError(const QString &message) : std::runtime_error(message.toStdString()) { }
 };
 
 /** The item an import ended in, and whether it was already there (a live item with the same bytes). */

@@ -60,8 +60,8 @@ public:
     explicit LibraryImporter(Store *store, AppSettings *settings = nullptr, QObject *parent = nullptr);
     ~LibraryImporter() override;
 
-    [[nodiscard]] Store *store() const { return m_store; }
-    /** Downloads go through this manager (not owned); tests point it at their own server. Without one the importer makes its own. */
+    [[nodiscard]] Store *store() const;
+    /** Downloads go through this manager (not owned; tests point it at their server); without one, the importer's own. */
     void setNetworkAccessManager(QNetworkAccessManager *network);
     [[nodiscard]] QNetworkAccessManager *networkAccessManager();
     /** Each download's time-out, thirty seconds unless a test shortens it. */
@@ -139,8 +139,8 @@ private:
     void batchFileEnded(ImportBatch &batch, const FileImportOutcome &outcome);
     void batchEnded(ImportBatch &batch);
     /** The follow-up of a single file or picture entry. */
-    void finishSingle(const std::optional<ImportedItem> &imported, const std::optional<QString> &target,
-        ImportFlags flags);
+    void finishSingle(
+        const std::optional<ImportedItem> &imported, const std::optional<QString> &target, ImportFlags flags);
     /** Writes a refined title for a junk one; the item is updated in place. */
     void refineTitle(LibraryItem &item, const std::optional<QString> &pageTitle, const QUrl &pageAddress);
     void logFailure(const QString &line);
