@@ -17,7 +17,9 @@
 #include "core/store.h"
 #include "core/systemlog.h"
 #include "ingest/bridge/bridgeservice.h"
+#include "ingest/import/libraryimporter.h"
 #include "surfaces/gate/librarygate.h"
+#include "surfaces/import/importcontroller.h"
 #include "surfaces/qmlservices.h"
 #include "surfaces/theme/appearancecontroller.h"
 #include "surfaces/thumbnails/thumbnailprovider.h"
@@ -159,6 +161,11 @@ int runApplication(int argc, char **argv)
     store.initialise();
     delegate.setStore(&store);
     QmlServices::publishStore(&store);
+    // Drops, pastes and the other ways in; what they add is handed on through the importer's
+    // signals (enrichment, link snapshots, the capture card) to whoever listens.
+    LibraryImporter importer(&store, &settings);
+    ImportController imports(&importer);
+    QmlServices::publishImporter(&imports);
 
     QQmlApplicationEngine engine;
     QmlServices::prepareEngine(engine);

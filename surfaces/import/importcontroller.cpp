@@ -1,6 +1,8 @@
 #include "surfaces/import/importcontroller.h"
 
 #include "ingest/import/libraryimporter.h"
+#include "surfaces/common/dragpayload.h"
+#include "surfaces/grid/gridcontroller.h"
 
 #include <QBuffer>
 #include <QClipboard>
@@ -18,7 +20,7 @@ namespace {
 /** Kivo's own drag words: an item or collection dragged out and back in is not a new import. */
 bool isOwnPayload(const QString &text)
 {
-    return text.startsWith(u"KIVO-ITEM"_s) || text.startsWith(u"KIVO-COLLECTION "_s);
+    return !DragPayload::itemIds(text).isEmpty() || !DragPayload::collectionId(text).isEmpty();
 }
 
 bool isWebAddress(const QUrl &url)
@@ -223,6 +225,21 @@ void ImportController::batchFinished(ImportBatch *batch)
     m_batches.removeAll(nullptr);
     batch->deleteLater();
     Q_EMIT progressChanged();
+}
+
+void ImportController::serveGrid(GridController *grid)
+{
+    if (!grid)
+        return;
+    const QPointer<ImportController> self(this);
+    grid->setImportHook([self](const QList<QUrl> &urls, const QString &text, const std::optional<QString> &id) {
+        if (self)
+            self->importDrop(urls, text, id.value_or(QString()));
+    });
+    grid->setPasteHook([self](const std::optional<QString> &id) {
+        if (self)
+            self->paste(id.value_or(QString()));
+    });
 }
 
 void ImportController::cancel()

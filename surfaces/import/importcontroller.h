@@ -14,6 +14,7 @@ class QMimeData;
 
 namespace kivo {
 
+class GridController;
 class ImportBatch;
 class LibraryImporter;
 struct FileImportOutcome;
@@ -70,6 +71,11 @@ public:
     bool importMimeData(const QMimeData *mime, const QString &collectionId = {});
     /** Control-V: the clipboard's contents, as a drop. */
     Q_INVOKABLE bool paste(const QString &collectionId = {});
+    /**
+     * Takes the grid's drops and its Control-V, with the destination the grid works out from the
+     * selection (the selected collection, the inbox, else the destination rule).
+     */
+    Q_INVOKABLE void serveGrid(kivo::GridController *grid);
     /** Stops the running batches after their current file; what was imported stays. */
     Q_INVOKABLE void cancel();
     /** Forgets the failures shown. */

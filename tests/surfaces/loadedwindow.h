@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ingest/import/libraryimporter.h"
+#include "surfaces/import/importcontroller.h"
 #include "surfaces/qmlservices.h"
 #include "surfaces/theme/appearancecontroller.h"
 #include "tests/core/storeworld.h"
@@ -25,10 +27,12 @@ inline void typeText(QQuickWindow *window, const QString &text)
     }
 }
 
-/** A started Store on its own library and settings, and the real main window on it. */
+/** A started Store on its own library and settings, its importer, and the real main window on it. */
 struct LoadedWindow {
     StoreWorld world;
     AppearanceController appearance;
+    LibraryImporter importer{&world.store, &world.settings};
+    ImportController imports{&importer};
     std::unique_ptr<QQmlApplicationEngine> engine;
     QQuickWindow *window = nullptr;
 
@@ -39,6 +43,7 @@ struct LoadedWindow {
         QmlServices::publishAppearance(&appearance);
         QmlServices::publishSettings(&world.settings);
         QmlServices::publishStore(&world.store);
+        QmlServices::publishImporter(&imports);
         engine = std::make_unique<QQmlApplicationEngine>();
         QmlServices::prepareEngine(*engine);
         engine->load(QUrl(QStringLiteral("qrc:/Kivo/window/Main.qml")));
