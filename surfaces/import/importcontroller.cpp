@@ -137,8 +137,9 @@ bool ImportController::importDrop(const QList<QUrl> &urls, const QString &text, 
 {
     if (!m_importer || isOwnPayload(text))
         return false;
-    if (!urls.isEmpty())
-        return importUrls(urls, collectionId);
+    // Addresses Kivo can't fetch (another program's own schemes) leave the drop's text to keep.
+    if (!urls.isEmpty() && importUrls(urls, collectionId))
+        return true;
     return importText(text, target(collectionId));
 }
 

@@ -33,6 +33,7 @@ private Q_SLOTS:
     void pasteTakesPictureAddressOrText_data();
     void pasteTakesPictureAddressOrText();
     void ownDragsAreNotImported();
+    void unfetchableAddressesKeepTheText();
     void progressCardNamesTheFailures();
 
 private:
@@ -133,6 +134,16 @@ void TestImportController::ownDragsAreNotImported()
     QVERIFY(!m_controller->importDrop({}, u"KIVO-COLLECTION c"_s));
     QVERIFY(!m_controller->importDrop({}, u"   "_s));
     QVERIFY(m_world->library.items().isEmpty());
+}
+
+void TestImportController::unfetchableAddressesKeepTheText()
+{
+    // Another program's own address for what it dragged, with the words it carries.
+    QVERIFY(m_controller->importDrop({QUrl(u"x-notes-app:note/7"_s)}, u"Oak frames from the market"_s));
+    const QList<LibraryItem> items = m_world->library.items();
+    QCOMPARE(items.size(), 1);
+    QCOMPARE(items.first().kind, u"text"_s);
+    QCOMPARE(items.first().note, std::optional<QString>(u"Oak frames from the market"_s));
 }
 
 void TestImportController::progressCardNamesTheFailures()
