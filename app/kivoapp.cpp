@@ -19,8 +19,10 @@
 #include "core/systemlog.h"
 #include "ingest/bridge/bridgeservice.h"
 #include "search/searchservice.h"
+#include "ingest/import/libraryimporter.h"
 #include "surfaces/enrichment/enrichmentprogress.h"
 #include "surfaces/gate/librarygate.h"
+#include "surfaces/import/importcontroller.h"
 #include "surfaces/qmlservices.h"
 #include "surfaces/theme/appearancecontroller.h"
 #include "surfaces/thumbnails/thumbnailprovider.h"
@@ -175,6 +177,12 @@ int runApplication(int argc, char **argv)
     QObject::connect(&enrichment, &EnrichmentService::pendingCountChanged, &enrichmentProgress,
         &EnrichmentProgress::setPendingCount);
     QmlServices::publishEnrichmentProgress(&enrichmentProgress);
+    // Drops, pastes and the other ways in; what they add is handed on through the importer's
+    // signals (enrichment, link snapshots, the capture card) to whoever listens.
+    LibraryImporter importer(&store, &settings);
+    ImportController imports(&importer);
+    QObject::connect(&importer, &LibraryImporter::enrichmentWanted, &enrichment, &EnrichmentService::enqueue);
+    QmlServices::publishImporter(&imports);
 
     QQmlApplicationEngine engine;
     QmlServices::prepareEngine(engine);

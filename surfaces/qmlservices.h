@@ -7,6 +7,7 @@ namespace kivo {
 class AppSettings;
 class AppearanceController;
 class EnrichmentProgress;
+class ImportController;
 class Store;
 
 /**
@@ -23,6 +24,8 @@ void publishStore(Store *store);
 void publishAppearance(AppearanceController *appearance);
 void publishSettings(AppSettings *settings);
 void publishEnrichmentProgress(EnrichmentProgress *progress);
+/** Drops and pastes into the library, and the progress of imports, as "Importer". */
+void publishImporter(ImportController *importer);
 
 } // namespace QmlServices
 } // namespace kivo

@@ -14,6 +14,9 @@ Command *makeFavouriteCommand();
 Command *makeHideCommand();
 Command *makeTrashCommand();
 Command *makeRestoreCommand();
+Command *makeImportCommand();
+Command *makeAddLinkCommand();
+Command *makeAddTextCommand();
 Command *makeSidecarsCommand();
 Command *makeDemoCommand();
 Command *makeEnrichCommand();
@@ -33,6 +36,9 @@ const QList<Command *> &allCommands()
         makeHideCommand(),
         makeTrashCommand(),
         makeRestoreCommand(),
+        makeImportCommand(),
+        makeAddLinkCommand(),
+        makeAddTextCommand(),
         makeSidecarsCommand(),
         makeEnrichCommand(),
         makeDemoCommand(),

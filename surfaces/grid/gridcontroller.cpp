@@ -443,6 +443,10 @@ bool GridController::drop(const QList<QUrl> &urls, const QString &text)
 
 void GridController::paste()
 {
+    if (m_pasteHook) {
+        m_pasteHook(dropDestination());
+        return;
+    }
     const QMimeData *mime = QGuiApplication::clipboard()->mimeData();
     if (!mime)
         return;

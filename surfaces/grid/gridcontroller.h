@@ -53,6 +53,8 @@ public:
     /** Where a drop or a paste goes; the import pipeline takes it from here. */
     using ImportHook
         = std::function<void(const QList<QUrl> &urls, const QString &text, const std::optional<QString> &collectionId)>;
+    /** Where Control-V goes: the clipboard is read there, so a copied picture is not lost. */
+    using PasteHook = std::function<void(const std::optional<QString> &collectionId)>;
 
     explicit GridController(QObject *parent = nullptr);
     ~GridController() override;
@@ -100,13 +102,17 @@ public:
     Q_INVOKABLE bool acceptsDrop(const QString &text) const;
     /** Hands dropped addresses and text to the import hook with the selection's destination. */
     Q_INVOKABLE bool drop(const QList<QUrl> &urls, const QString &text);
-    /** Control-V: the clipboard's files, addresses or text to the import hook. */
+    /**
+     * Control-V: the paste hook with the selection's destination; without one, the clipboard's
+     * files, addresses or text to the import hook.
+     */
     Q_INVOKABLE void paste();
 
     /** The text of Kivo's own drag payload for these ids ("KIVO-ITEM id" or "KIVO-ITEMS a,b"). */
     [[nodiscard]] static QString payloadText(const QStringList &ids);
 
     void setImportHook(ImportHook hook) { m_importHook = std::move(hook); }
+    void setPasteHook(PasteHook hook) { m_pasteHook = std::move(hook); }
 
 Q_SIGNALS:
     void storeChanged();
@@ -153,6 +159,7 @@ private:
     QList<GridNav::Cell> m_navCells;
     bool m_restoreAnchorPending = false;
     ImportHook m_importHook;
+    PasteHook m_pasteHook;
 };
 
 } // namespace kivo

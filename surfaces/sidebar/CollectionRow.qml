@@ -4,8 +4,9 @@ import Kivo
 import Kivo.Services
 
 // One collection in the sidebar: indent, disclosure, symbol, name (or the field that renames it)
-// and count. It can be dragged; items dropped on it are filed into it, a collection dropped on
-// its middle goes inside it and one dropped on its upper or lower edge goes beside it.
+// and count. It can be dragged; items dropped on it are filed into it, files, addresses and text
+// from other programs are imported into it, a collection dropped on its middle goes inside it and
+// one dropped on its upper or lower edge goes beside it.
 Item {
     id: row
 
@@ -243,7 +244,7 @@ Item {
         }
 
         onEntered: drag => {
-            drag.accepted = row.controller.acceptsDrag(drag.text);
+            drag.accepted = row.controller.acceptsDrag(drag.text) || row.controller.acceptsImport(drag.urls, drag.text);
             row.dropZone = drag.accepted ? zoneFor(drag) : "";
         }
         onPositionChanged: drag => {
@@ -254,7 +255,9 @@ Item {
         onDropped: drop => {
             const zone = zoneFor(drop);
             row.dropZone = "";
-            if (zone === "inside")
+            if (zone === "inside" && !row.controller.acceptsDrag(drop.text))
+                row.controller.importInto(drop.urls, drop.text, row.collectionId);
+            else if (zone === "inside")
                 row.controller.dropOnCollection(drop.text, row.collectionId);
             else
                 row.controller.dropInGap(drop.text, zone === "above" ? row.index : row.index + 1);

@@ -133,17 +133,21 @@ Rectangle {
                     onActivated: sidebar.select(key, Qt.NoModifier)
 
                     DropArea {
-                        // The inbox is a collection too: cards dropped on it are filed there.
+                        // The inbox is a collection too: cards dropped on it are filed there, files imported there.
                         anchors.fill: parent
                         enabled: libraryRow.key === "inbox"
                         onEntered: drag => {
-                            drag.accepted = controller.acceptsDrag(drag.text) && !controller.isCollectionDrag(drag.text);
+                            drag.accepted = (controller.acceptsDrag(drag.text) && !controller.isCollectionDrag(drag.text))
+                                            || controller.acceptsImport(drag.urls, drag.text);
                             libraryRow.dropHighlight = drag.accepted;
                         }
                         onExited: libraryRow.dropHighlight = false
                         onDropped: drop => {
                             libraryRow.dropHighlight = false;
-                            controller.dropOnCollection(drop.text, Store.inboxId);
+                            if (controller.acceptsDrag(drop.text))
+                                controller.dropOnCollection(drop.text, Store.inboxId);
+                            else
+                                controller.importInto(drop.urls, drop.text, Store.inboxId);
                             drop.accept(Qt.CopyAction);
                         }
                     }

@@ -159,6 +159,20 @@ bool SidebarController::dropOnCollection(const QString &text, const QString &col
     return m_store->moveCollection(moved, collectionId);
 }
 
+bool SidebarController::acceptsImport(const QList<QUrl> &urls, const QString &text) const
+{
+    // Kivo's own drags are filed or moved, never imported again.
+    return !acceptsDrag(text) && (!urls.isEmpty() || !text.trimmed().isEmpty());
+}
+
+bool SidebarController::importInto(const QList<QUrl> &urls, const QString &text, const QString &collectionId)
+{
+    if (collectionId.isEmpty() || !acceptsImport(urls, text))
+        return false;
+    Q_EMIT importRequested(urls, text, collectionId);
+    return true;
+}
+
 bool SidebarController::dropInGap(const QString &text, int gap)
 {
     const QString moved = DragPayload::collectionId(text);

@@ -8,6 +8,7 @@
 #include <QPointer>
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 #include <QtQml/qqmlregistration.h>
 
 namespace kivo {
@@ -64,6 +65,10 @@ public:
     Q_INVOKABLE bool isCollectionDrag(const QString &text) const;
     /** A drop on a collection's row: items are filed into it, a collection is nested inside it. */
     Q_INVOKABLE bool dropOnCollection(const QString &text, const QString &collectionId);
+    /** Whether a drag from another program (files, addresses, text) can be imported by a drop on a row. */
+    Q_INVOKABLE bool acceptsImport(const QList<QUrl> &urls, const QString &text) const;
+    /** Files, addresses or text dropped on a collection's row from another program: asks for their import there. */
+    Q_INVOKABLE bool importInto(const QList<QUrl> &urls, const QString &text, const QString &collectionId);
     /** A collection dropped in the gap above tree row `gap` (the row count: under the last row). */
     Q_INVOKABLE bool dropInGap(const QString &text, int gap);
     /** A collection dropped on the section heading or the empty space below the tree: to the top level. */
@@ -83,6 +88,8 @@ Q_SIGNALS:
     void pinnedChanged();
     void selectionTitleChanged();
     void focusSectionChanged();
+    /** Something from another program was dropped on a collection; the window's importer takes it. */
+    void importRequested(const QList<QUrl> &urls, const QString &text, const QString &collectionId);
 
 private:
     [[nodiscard]] bool sortIsManual() const;

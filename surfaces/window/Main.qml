@@ -5,8 +5,9 @@ import Kivo
 import Kivo.Services
 
 // The main window: the sidebar (resizable, hideable), the toolbar and the selection's view, the
-// details panel at the right, and one toast at the bottom centre. The window's keys live here:
-// back and forward, the sidebar and details toggles, a new collection, and the item actions.
+// details panel at the right, one toast at the bottom centre and the import's progress card at the
+// bottom right. The window's keys live here: back and forward, the sidebar and details toggles, a
+// new collection, paste, and the item actions.
 Window {
     id: window
     objectName: "mainWindow"
@@ -109,7 +110,7 @@ Window {
         height: parent.height
         color: Theme.hairline
         visible: window.sidebarShown
-        // Over the content, whose cards take presses, so that the splitter's wide grip wins.
+        // Above the content, whose cards take presses: the grip reaches over the grid's edge.
         z: 1
 
         MouseArea {
@@ -164,7 +165,7 @@ Window {
             anchors.bottom: parent.bottom
 
             SetupErrorBanner {
-                id: setupBanner
+                id: setupError
                 objectName: "setupError"
                 anchors.top: parent.top
                 anchors.left: parent.left
@@ -175,16 +176,36 @@ Window {
                 message: Store.setupError
             }
 
-            // The selection's cards, rows or days, its links rail and its own empty state.
             SelectionView {
+                // The cards (or rows, or days) with their own empty state; files, addresses and
+                // text dropped on them, and Control-V, go to the importer.
                 id: selectionView
                 objectName: "selectionView"
-                anchors.top: setupBanner.visible ? setupBanner.bottom : parent.top
+                anchors.top: setupError.visible ? setupError.bottom : parent.top
                 anchors.left: parent.left
                 anchors.right: parent.right
                 anchors.bottom: parent.bottom
                 visible: Store.setupError.length === 0
+                Component.onCompleted: Importer.serveGrid(selectionView.controller)
             }
+        }
+
+        ImportProgress {
+            id: importProgress
+            objectName: "importProgress"
+            anchors.right: parent.right
+            anchors.bottom: parent.bottom
+            anchors.margins: Theme.space.xl
+            anchors.bottomMargin: Theme.space.xl + (toasts.showing ? toasts.height + Theme.space.m : 0)
+            controller: Importer
+        }
+    }
+
+    Connections {
+        // Files, addresses and text from other programs dropped on a collection (or the inbox).
+        target: sidebar.controller
+        function onImportRequested(urls: list<url>, text: string, collectionId: string) {
+            Importer.importDrop(urls, text, collectionId);
         }
     }
 
@@ -256,6 +277,13 @@ Window {
     Shortcut { sequence: "Ctrl+Shift+N"; onActivated: sidebar.newCollection() }
     Shortcut { sequence: "Ctrl+I"; onActivated: windowController.toggleDetails() }
     Shortcut { sequence: "Ctrl+F"; onActivated: toolbar.searchField.forceActiveFocus() }
+    Shortcut {
+        // Files, a picture, an address or text from the clipboard, into the selected collection
+        // (or where the destination rule says); a field being typed in keeps its own paste.
+        sequences: [StandardKey.Paste]
+        enabled: !window.typing
+        onActivated: selectionView.controller.paste()
+    }
     Shortcut {
         sequences: windowController.sidebarToggleSequence.length > 0 ? [windowController.sidebarToggleSequence, "F9"] : ["F9"]
         onActivated: windowController.toggleSidebar()

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "surfaces/enrichment/enrichmentprogress.h"
+#include "ingest/import/libraryimporter.h"
+#include "surfaces/import/importcontroller.h"
 #include "surfaces/qmlservices.h"
 #include "surfaces/theme/appearancecontroller.h"
 #include "tests/core/storeworld.h"
@@ -26,11 +28,13 @@ inline void typeText(QQuickWindow *window, const QString &text)
     }
 }
 
-/** A started Store on its own library and settings, and the real main window on it. */
+/** A started Store on its own library and settings, its importer, and the real main window on it. */
 struct LoadedWindow {
     StoreWorld world;
     AppearanceController appearance;
     EnrichmentProgress reading;
+    LibraryImporter importer{&world.store, &world.settings};
+    ImportController imports{&importer};
     std::unique_ptr<QQmlApplicationEngine> engine;
     QQuickWindow *window = nullptr;
 
@@ -42,6 +46,7 @@ struct LoadedWindow {
         QmlServices::publishSettings(&world.settings);
         QmlServices::publishStore(&world.store);
         QmlServices::publishEnrichmentProgress(&reading);
+        QmlServices::publishImporter(&imports);
         engine = std::make_unique<QQmlApplicationEngine>();
         QmlServices::prepareEngine(*engine);
         engine->load(QUrl(QStringLiteral("qrc:/Kivo/window/Main.qml")));

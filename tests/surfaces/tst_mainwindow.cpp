@@ -609,6 +609,9 @@ void TestMainWindow::setupErrorIsShown()
     kivo::QmlServices::publishAppearance(&appearance);
     kivo::QmlServices::publishSettings(&settings);
     kivo::QmlServices::publishStore(&store);
+    kivo::LibraryImporter importer(&store, &settings);
+    kivo::ImportController imports(&importer);
+    kivo::QmlServices::publishImporter(&imports);
     QQmlApplicationEngine engine;
     kivo::QmlServices::prepareEngine(engine);
     engine.load(QUrl(u"qrc:/Kivo/window/Main.qml"_s));

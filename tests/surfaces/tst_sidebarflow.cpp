@@ -4,6 +4,7 @@
 // read back after each step and the window is saved as a picture.
 
 #include "tests/surfaces/loadedwindow.h"
+#include "tests/surfaces/xsession.h"
 
 #include <QGuiApplication>
 #include <QProcess>
@@ -17,77 +18,10 @@ Q_IMPORT_QML_PLUGIN(KivoPlugin)
 using namespace Qt::StringLiterals;
 using kivo::test::LoadedWindow;
 
-namespace {
-
-/** A private X server for the test process, started before the application so that Qt connects to it. */
-class XServer
-{
-public:
-    bool start()
-    {
-        if (QStandardPaths::findExecutable(u"Xvfb"_s).isEmpty()
-            || QStandardPaths::findExecutable(u"xdotool"_s).isEmpty())
-            return false;
-        // -displayfd picks a free display and writes its number when the server is ready.
-        m_process.start(
-            u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1400x900x24"_s, u"-nolisten"_s, u"tcp"_s});
-        if (!m_process.waitForStarted(5000))
-            return false;
-        QByteArray display;
-        while (!display.contains('\n') && m_process.waitForReadyRead(10000))
-            display += m_process.readAllStandardOutput();
-        if (display.trimmed().isEmpty())
-            return false;
-        qputenv("DISPLAY", ':' + display.trimmed());
-        qputenv("QT_QPA_PLATFORM", "xcb");
-        qputenv("QT_QUICK_BACKEND", "software");
-        return true;
-    }
-    ~XServer()
-    {
-        m_process.terminate();
-        m_process.waitForFinished(3000);
-    }
-
-private:
-    QProcess m_process;
-};
-
-/** Runs xdotool with the event loop turning, so the window answers while the pointer moves. */
-bool xdotool(const QStringList &arguments)
-{
-    QProcess process;
-    process.start(u"xdotool"_s, arguments);
-    if (!QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 20000))
-        return false;
-    return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-}
-
-/** The screen position, as xdotool wants it, of a point of an item (its middle by default). */
-QStringList screenPoint(QQuickItem *item, double fractionY = 0.5)
-{
-    const QPoint point = item->mapToGlobal(QPointF(item->width() / 2, item->height() * fractionY)).toPoint();
-    return {QString::number(point.x()), QString::number(point.y())};
-}
-
-/** A press at `from`, small steps past the drag threshold, a glide to `to`, a rest, a release. */
-QStringList dragPath(const QStringList &from, const QStringList &to)
-{
-    const int x0 = from.at(0).toInt();
-    const int y0 = from.at(1).toInt();
-    QStringList path{u"mousemove"_s, from.at(0), from.at(1), u"mousedown"_s, u"1"_s};
-    for (int step = 1; step <= 4; ++step)
-        path += {u"mousemove"_s, QString::number(x0 + 4 * step), QString::number(y0), u"sleep"_s, u"0.05"_s};
-    for (int step = 1; step <= 10; ++step) {
-        const int x = x0 + (to.at(0).toInt() - x0) * step / 10;
-        const int y = y0 + (to.at(1).toInt() - y0) * step / 10;
-        path += {u"mousemove"_s, QString::number(x), QString::number(y), u"sleep"_s, u"0.05"_s};
-    }
-    path += {u"sleep"_s, u"0.3"_s, u"mouseup"_s, u"1"_s};
-    return path;
-}
-
-} // namespace
+using kivo::test::dragPath;
+using kivo::test::screenPoint;
+using kivo::test::xdotool;
+using kivo::test::XServer;
 
 class TestSidebarFlow : public QObject
 {
