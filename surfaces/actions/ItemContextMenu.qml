@@ -30,17 +30,19 @@ KivoMenu {
         }
     }
 
+    // The entries are made with the menu as their parent: made parentless, they belong to the
+    // JavaScript heap, and a garbage collection can take a submenu that its entry still points to.
     function rebuild() {
         contextMenu.clear();
         for (const entry of contextMenu.actions.menuFor(contextMenu.itemId)) {
             if (entry.separator)
-                contextMenu.addItem(separatorComponent.createObject(null));
+                contextMenu.addItem(separatorComponent.createObject(contextMenu));
             else if (entry.action === "file") {
-                contextMenu.addMenu(fileMenuComponent.createObject(null, { title: entry.text }));
+                contextMenu.addMenu(fileMenuComponent.createObject(contextMenu, { title: entry.text }));
                 contextMenu.itemAt(contextMenu.count - 1).objectName = "itemAction-file";
             }
             else
-                contextMenu.addItem(itemComponent.createObject(null, { actionName: entry.action, text: entry.text,
+                contextMenu.addItem(itemComponent.createObject(contextMenu, { actionName: entry.action, text: entry.text,
                     shortcutText: entry.shortcut, destructive: entry.destructive }));
         }
     }
