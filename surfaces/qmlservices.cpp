@@ -2,6 +2,7 @@
 
 #include "core/appsettings.h"
 #include "core/store.h"
+#include "surfaces/import/importcontroller.h"
 #include "surfaces/theme/appearancecontroller.h"
 
 #include <QJSEngine>
@@ -53,6 +54,11 @@ void publishAppearance(AppearanceController *appearance)
 void publishSettings(AppSettings *settings)
 {
     publish("AppSettings", settings);
+}
+
+void publishImporter(ImportController *importer)
+{
+    publish("Importer", importer);
 }
 
 } // namespace kivo::QmlServices

@@ -6,6 +6,7 @@ namespace kivo {
 
 class AppSettings;
 class AppearanceController;
+class ImportController;
 class Store;
 
 /**
@@ -21,6 +22,8 @@ void prepareEngine(QQmlEngine &engine);
 void publishStore(Store *store);
 void publishAppearance(AppearanceController *appearance);
 void publishSettings(AppSettings *settings);
+/** Drops and pastes into the library, and the progress of imports, as "Importer". */
+void publishImporter(ImportController *importer);
 
 } // namespace QmlServices
 } // namespace kivo

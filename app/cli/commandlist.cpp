@@ -13,6 +13,9 @@ Command *makeFavouriteCommand();
 Command *makeHideCommand();
 Command *makeTrashCommand();
 Command *makeRestoreCommand();
+Command *makeImportCommand();
+Command *makeAddLinkCommand();
+Command *makeAddTextCommand();
 Command *makeSidecarsCommand();
 Command *makeDemoCommand();
 
@@ -30,6 +33,9 @@ const QList<Command *> &allCommands()
         makeHideCommand(),
         makeTrashCommand(),
         makeRestoreCommand(),
+        makeImportCommand(),
+        makeAddLinkCommand(),
+        makeAddTextCommand(),
         makeSidecarsCommand(),
         makeDemoCommand(),
     };

@@ -8,7 +8,7 @@
 #include "ingest/import/libraryimporter.h"
 #include "surfaces/capture/capturepalette.h"
 #include "tests/core/storeworld.h"
-#include "tests/ingest/pictureserver.h"
+#include "tests/fixtureserver.h"
 
 #include <QBuffer>
 #include <QSignalSpy>
@@ -40,7 +40,7 @@ QString dataAddress(const QByteArray &png)
 /** A library with the flow wired as the application wires it, and a server of pictures and pages. */
 struct FlowWorld {
     test::StoreWorld world;
-    test::PictureServer server;
+    test::FixtureServer server;
     LibraryImporter importer{&world.store, &world.settings};
     PendingClips pending;
     CaptureFlow flow{&world.store, &world.settings, &importer, &pending};
@@ -53,10 +53,10 @@ struct FlowWorld {
         importer.setMediaTimeout(5000);
         flow.setCardHost(&palette);
         flow.setClipSessionFlag([this](bool active) { clipSessionFlag = active; });
-        server.serve(u"/red.png"_s, {200, "image/png", pictureBytes(Qt::red)});
-        server.serve(u"/blue.png"_s, {200, "image/png", pictureBytes(Qt::blue)});
-        server.serve(u"/green.jpg"_s, {200, "image/jpeg", pictureBytes(Qt::green, "JPG")});
-        server.serve(u"/article.html"_s, {200, "text/html; charset=utf-8", "<html><title>x</title></html>"});
+        server.serve(u"/red.png"_s, test::FixtureResponse::bytes(pictureBytes(Qt::red), "image/png"));
+        server.serve(u"/blue.png"_s, test::FixtureResponse::bytes(pictureBytes(Qt::blue), "image/png"));
+        server.serve(u"/green.jpg"_s, test::FixtureResponse::bytes(pictureBytes(Qt::green, "JPG"), "image/jpeg"));
+        server.serve(u"/article.html"_s, test::FixtureResponse::bytes("<html><title>x</title></html>", "text/html; charset=utf-8"));
     }
 
     /** Sends a clip and waits until its last item has been imported and its ending is done. */
@@ -295,7 +295,7 @@ void TestCaptureFlow::videoKeepsItsPosterFrame()
     QCOMPARE(item.kind, u"image"_s);
     QCOMPARE(item.title, u"A short film"_s);
     QCOMPARE(item.sourceURL, video.sourceURL);
-    QCOMPARE(w.server.hits(u"/stream.mp4"_s), 0); // the video itself was never fetched
+    QCOMPARE(w.server.requestCount(u"/stream.mp4"_s), 0); // the video itself was never fetched
 }
 
 void TestCaptureFlow::keyboardCaptures()
