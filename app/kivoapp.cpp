@@ -12,18 +12,22 @@
 #include "core/librarylocation.h"
 #include "core/librarylock.h"
 #include "core/librarypresence.h"
+#include "core/media/thumbnailservice.h"
+#include "core/memorycaches.h"
 #include "core/store.h"
 #include "core/systemlog.h"
 #include "ingest/bridge/bridgeservice.h"
 #include "surfaces/gate/librarygate.h"
 #include "surfaces/qmlservices.h"
 #include "surfaces/theme/appearancecontroller.h"
+#include "surfaces/thumbnails/thumbnailprovider.h"
 
 #include <QApplication>
 #include <QEventLoop>
 #include <QIcon>
 #include <QQmlApplicationEngine>
 #include <QQmlEngine>
+#include <QScopeGuard>
 #include <QWindow>
 #include <QtQml/qqmlextensionplugin.h>
 
@@ -158,6 +162,13 @@ int runApplication(int argc, char **argv)
 
     QQmlApplicationEngine engine;
     QmlServices::prepareEngine(engine);
+    // Cards ask for "image://thumb/<id>?<width>"; the decoded pictures go with the other caches
+    // when the memory watch asks for memory back.
+    auto thumbnails = std::make_shared<ThumbnailService>();
+    engine.addImageProvider(u"thumb"_s,
+                            new ThumbnailProvider(thumbnails, ThumbnailProvider::databaseResolver(store.dbQueue())));
+    const int thumbnailCache = MemoryCaches::add(u"thumbnails"_s, [thumbnails] { thumbnails->purge(); });
+    const auto forgetThumbnailCache = qScopeGuard([thumbnailCache] { MemoryCaches::remove(thumbnailCache); });
     engine.load(QUrl(u"qrc:/Kivo/window/Main.qml"_s));
     if (engine.rootObjects().isEmpty()) {
         delegate.willTerminate();

@@ -1,11 +1,7 @@
 #include "app/platform/systemdesktop.h"
 
 #include <QClipboard>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QDesktopServices>
-#include <QFileInfo>
 #include <QGuiApplication>
 #include <QImageReader>
 #include <QMimeData>
@@ -27,7 +23,7 @@ QList<QUrl> fileUrls(const QStringList &paths)
 
 } // namespace
 
-SystemDesktop::SystemDesktop(QDBusConnection bus, QObject *parent) : QObject(parent), m_bus(std::move(bus))
+SystemDesktop::SystemDesktop(QDBusConnection bus, QObject *parent) : QObject(parent), m_reveal(bus)
 {
 }
 
@@ -58,37 +54,7 @@ void SystemDesktop::copyFiles(const QStringList &paths)
 
 void SystemDesktop::revealFiles(const QStringList &paths)
 {
-    if (paths.isEmpty())
-        return;
-    QStringList uris;
-    for (const QUrl &url : fileUrls(paths))
-        uris.append(url.toString(QUrl::FullyEncoded));
-    QDBusMessage call = QDBusMessage::createMethodCall(u"org.freedesktop.FileManager1"_s,
-        u"/org/freedesktop/FileManager1"_s, u"org.freedesktop.FileManager1"_s, u"ShowItems"_s);
-    call.setArguments({uris, QString()});
-    if (!m_bus.isConnected()) {
-        openFolders(paths);
-        return;
-    }
-    // Asked without waiting; a desktop without the service gets the folders opened instead.
-    auto *watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, paths](QDBusPendingCallWatcher *finished) {
-        if (QDBusPendingReply<> reply = *finished; reply.isError())
-            openFolders(paths);
-        finished->deleteLater();
-    });
-}
-
-void SystemDesktop::openFolders(const QStringList &paths)
-{
-    QStringList folders;
-    for (const QString &path : paths) {
-        const QString folder = QFileInfo(path).absolutePath();
-        if (!folders.contains(folder))
-            folders.append(folder);
-    }
-    for (const QString &folder : folders)
-        QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+    m_reveal.reveal(paths);
 }
 
 void SystemDesktop::openUrl(const QUrl &url)

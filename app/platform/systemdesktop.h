@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/platform/filemanagerreveal.h"
 #include "core/desktop.h"
 
 #include <QDBusConnection>
@@ -27,9 +28,7 @@ public:
     [[nodiscard]] QString downloadsFolder() const override;
 
 private:
-    void openFolders(const QStringList &paths);
-
-    QDBusConnection m_bus;
+    FileManagerReveal m_reveal;
 };
 
 } // namespace kivo

@@ -1,9 +1,13 @@
 import QtQuick
 import Kivo
 
-// What an empty library shows where the cards will be: an invitation to drop something in.
+// What a selection without items shows where the cards would be: for an empty library, an
+// invitation to drop something in; elsewhere the selection's own words.
 Item {
     id: empty
+
+    property string title: "Drag anything here"
+    property string message: "Images, links, videos and notes all land in your library."
 
     implicitWidth: column.implicitWidth
     implicitHeight: column.implicitHeight
@@ -39,7 +43,7 @@ Item {
             Text {
                 objectName: "emptyTitle"
                 anchors.horizontalCenter: parent.horizontalCenter
-                text: "Drag anything here"
+                text: empty.title
                 color: Theme.text
                 font.family: Theme.fontFamily
                 font.pixelSize: Theme.type.title3
@@ -52,7 +56,7 @@ Item {
                 width: Math.min(implicitWidth, 360)
                 horizontalAlignment: Text.AlignHCenter
                 wrapMode: Text.WordWrap
-                text: "Images, links, videos and notes all land in your library."
+                text: empty.message
                 color: Theme.secondaryText
                 font.family: Theme.fontFamily
                 font.pixelSize: Theme.type.body

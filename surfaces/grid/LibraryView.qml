@@ -1,8 +1,9 @@
 import QtQuick
 import Kivo
+import Kivo.Services
 
-// The right side of the main window: the selection's name, then its cards, or the invitation
-// to drop something in while the library is empty.
+// The right side of the main window: the selection's name with the choice of view, then its
+// cards (or rows, or days), or the selection's empty state.
 Rectangle {
     id: view
 
@@ -47,6 +48,15 @@ Rectangle {
         }
     }
 
+    ViewToolbar {
+        id: toolbar
+        objectName: "viewToolbar"
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.space.xl
+        anchors.verticalCenter: header.verticalCenter
+        visible: view.setupError.length === 0
+    }
+
     SetupErrorBanner {
         id: banner
         objectName: "setupError"
@@ -59,10 +69,13 @@ Rectangle {
         message: view.setupError
     }
 
-    EmptyLibrary {
-        objectName: "emptyLibrary"
-        anchors.centerIn: parent
-        anchors.verticalCenterOffset: -Theme.metrics.headerHeight / 2
-        visible: view.libraryEmpty && view.setupError.length === 0
+    SelectionView {
+        id: selection
+        objectName: "selectionView"
+        anchors.top: banner.visible ? banner.bottom : header.bottom
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.bottom: parent.bottom
+        visible: view.setupError.length === 0
     }
 }

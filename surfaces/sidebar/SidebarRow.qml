@@ -1,53 +1,36 @@
 pragma ComponentBehavior: Bound
 import QtQuick
 import Kivo
+import Kivo.Services
 
-// One selection in the sidebar: glyph, name and a quiet count.
+// One of the sidebar's fixed lists or kind filters: glyph, name and a quiet count. Items dropped
+// on the Inbox are filed into it.
 Item {
     id: row
 
-    required property int index
     required property string key
     required property string title
     required property int count
     required property string icon
-    required property string sectionTitle
-    property bool selected: false
     property bool keyboardFocus: false
+    property bool dropHighlight: false
 
-    signal activated(string key)
+    signal activated()
+
+    readonly property bool selected: Store.selectionKey === key
 
     objectName: "sidebar-" + key
-    implicitHeight: Theme.metrics.rowHeight + (sectionTitle.length > 0 ? 40 : 0)
+    implicitHeight: Theme.metrics.rowHeight
     implicitWidth: 200
-
-    Text {
-        // The heading of the section this row opens.
-        objectName: "sectionHeader"
-        visible: row.sectionTitle.length > 0
-        anchors.left: parent.left
-        anchors.leftMargin: Theme.space.l + Theme.space.xxs
-        anchors.bottom: background.top
-        anchors.bottomMargin: Theme.space.xs + Theme.space.xxs
-        text: row.sectionTitle
-        color: Theme.tertiaryText
-        font.family: Theme.fontFamily
-        font.pixelSize: Theme.type.caption
-        font.weight: Font.DemiBold
-        font.letterSpacing: 0.4
-        font.capitalization: Font.AllUppercase
-    }
 
     Rectangle {
         id: background
-        anchors.left: parent.left
-        anchors.right: parent.right
-        anchors.bottom: parent.bottom
-        height: Theme.metrics.rowHeight
+        anchors.fill: parent
         anchors.leftMargin: Theme.space.s
         anchors.rightMargin: Theme.space.s
         radius: Theme.radius.m
-        color: row.selected ? Theme.selection : mouse.containsMouse ? Theme.hover : "transparent"
+        color: row.dropHighlight ? Qt.rgba(Theme.accent.r, Theme.accent.g, Theme.accent.b, 0.18)
+             : row.selected ? Theme.selection : hover.hovered ? Theme.hover : "transparent"
 
         Glyph {
             id: glyph
@@ -59,7 +42,6 @@ Item {
         }
 
         Text {
-            id: label
             objectName: "title"
             anchors.left: glyph.right
             anchors.leftMargin: Theme.space.s + Theme.space.xxs
@@ -80,6 +62,7 @@ Item {
             anchors.right: parent.right
             anchors.rightMargin: Theme.space.s + Theme.space.xxs
             anchors.verticalCenter: parent.verticalCenter
+            visible: AppSettings.showSidebarCounts
             // Nothing rather than a row of zeros: an empty selection shows no number.
             text: row.count > 0 ? row.count.toLocaleString(Qt.locale(), "f", 0) : ""
             color: Theme.tertiaryText
@@ -88,10 +71,6 @@ Item {
         }
     }
 
-    MouseArea {
-        id: mouse
-        anchors.fill: background
-        hoverEnabled: true
-        onClicked: row.activated(row.key)
-    }
+    HoverHandler { id: hover }
+    TapHandler { onTapped: row.activated() }
 }

@@ -1,31 +1,35 @@
 #include "surfaces/sidebar/sidebarmodel.h"
 
 #include "core/records.h"
+#include "core/store.h"
 
 using namespace Qt::StringLiterals;
 
 namespace kivo {
 
-SidebarModel::SidebarModel(QObject *parent)
-    : QAbstractListModel(parent)
+SidebarModel::SidebarModel(QObject *parent) : QAbstractListModel(parent)
 {
-    const QString library = u"library"_s;
-    m_entries = {
-        {u"all"_s, u"All"_s, library, u"all"_s},
-        {u"inbox"_s, u"Inbox"_s, library, u"inbox"_s},
-        {u"favourites"_s, u"Favourites"_s, library, u"favourites"_s},
-        {u"links"_s, u"Links"_s, library, u"links"_s},
-        {u"trash"_s, u"Trash"_s, library, u"trash"_s},
-        {u"hidden"_s, u"Hidden"_s, library, u"hidden"_s},
-    };
+}
+
+QList<SidebarModel::Entry> SidebarModel::entries(const QString &section)
+{
+    if (section == u"library") {
+        return {{u"all"_s, u"All"_s, u"all"_s}, {u"inbox"_s, u"Inbox"_s, u"inbox"_s},
+            {u"favourites"_s, u"Favourites"_s, u"favourites"_s}, {u"links"_s, u"Links"_s, u"links"_s},
+            {u"trash"_s, u"Trash"_s, u"trash"_s}, {u"hidden"_s, u"Hidden"_s, u"hidden"_s}};
+    }
+    if (section != u"types")
+        return {};
     // The kind filters in their fixed order; their keys are "type-" and the filter's raw string.
-    const QStringList titles{u"Images"_s, u"Videos"_s, u"Links"_s, u"Documents"_s,
-                             u"Tweets"_s, u"Instagram"_s, u"Audio"_s};
+    const QStringList titles{
+        u"Images"_s, u"Videos"_s, u"Links"_s, u"Documents"_s, u"Tweets"_s, u"Instagram"_s, u"Audio"_s};
+    QList<Entry> types;
     const QList<MediaTypeFilter> &filters = allMediaTypeFilters();
     for (qsizetype index = 0; index < filters.size(); ++index) {
         const QString raw = rawString(filters.at(index));
-        m_entries.append({u"type-"_s + raw, titles.value(index), u"types"_s, raw});
+        types.append({u"type-"_s + raw, titles.value(index), raw});
     }
+    return types;
 }
 
 int SidebarModel::rowCount(const QModelIndex &parent) const
@@ -45,15 +49,9 @@ QVariant SidebarModel::data(const QModelIndex &index, int role) const
     case KeyRole:
         return entry.key;
     case CountRole:
-        return countAt(index.row());
-    case SectionRole:
-        return entry.section;
+        return countFor(m_store, entry.key);
     case IconRole:
         return entry.icon;
-    case SectionTitleRole:
-        if (entry.section == u"types" && (index.row() == 0 || m_entries.at(index.row() - 1).section != entry.section))
-            return u"Types"_s;
-        return QString();
     default:
         return {};
     }
@@ -61,8 +59,7 @@ QVariant SidebarModel::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> SidebarModel::roleNames() const
 {
-    return {{KeyRole, "key"}, {TitleRole, "title"}, {CountRole, "count"}, {SectionRole, "section"}, {IconRole, "icon"},
-            {SectionTitleRole, "sectionTitle"}};
+    return {{KeyRole, "key"}, {TitleRole, "title"}, {CountRole, "count"}, {IconRole, "icon"}};
 }
 
 void SidebarModel::setStore(Store *store)
@@ -80,54 +77,36 @@ void SidebarModel::setStore(Store *store)
     countsChanged();
 }
 
-QString SidebarModel::selectionKey() const
+void SidebarModel::setSection(const QString &section)
 {
-    return m_entries.at(m_selectedRow).key;
-}
-
-QString SidebarModel::selectionTitle() const
-{
-    return m_entries.at(m_selectedRow).title;
-}
-
-void SidebarModel::select(const QString &key)
-{
-    for (int row = 0; row < m_entries.size(); ++row) {
-        if (m_entries.at(row).key != key)
-            continue;
-        if (row == m_selectedRow)
-            return;
-        m_selectedRow = row;
-        Q_EMIT selectionChanged();
-        Q_EMIT selectionCountChanged();
+    if (m_section == section)
         return;
-    }
+    beginResetModel();
+    m_section = section;
+    m_entries = entries(section);
+    endResetModel();
+    Q_EMIT sectionChanged();
 }
 
-void SidebarModel::moveSelection(int step)
+int SidebarModel::countFor(const Store *store, const QString &key)
 {
-    const int row = std::clamp(m_selectedRow + step, 0, int(m_entries.size()) - 1);
-    select(m_entries.at(row).key);
-}
-
-int SidebarModel::countAt(int row) const
-{
-    if (!m_store || row < 0 || row >= m_entries.size())
+    if (!store)
         return -1;
-    const QString &key = m_entries.at(row).key;
     if (key == u"all")
-        return m_store->allCount();
+        return store->allCount();
     if (key == u"inbox")
-        return m_store->inboxCount();
+        return store->inboxCount();
     if (key == u"favourites")
-        return m_store->favouritesCount();
+        return store->favouritesCount();
     if (key == u"links")
-        return m_store->linksCount();
+        return store->linksCount();
     if (key == u"trash")
-        return m_store->trashCount();
+        return store->trashCount();
     if (key == u"hidden")
-        return m_store->hiddenCount();
-    const QVariant count = m_store->typeCounts().value(key.mid(5));
+        return store->hiddenCount();
+    if (!key.startsWith(u"type-"))
+        return -1;
+    const QVariant count = store->typeCounts().value(key.mid(5));
     return count.isValid() ? count.toInt() : -1;
 }
 
@@ -135,7 +114,6 @@ void SidebarModel::countsChanged()
 {
     if (!m_entries.isEmpty())
         Q_EMIT dataChanged(index(0), index(int(m_entries.size()) - 1), {CountRole});
-    Q_EMIT selectionCountChanged();
 }
 
 } // namespace kivo

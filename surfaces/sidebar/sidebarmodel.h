@@ -1,41 +1,40 @@
 #pragma once
 
+#include "core/store.h"
+
 #include <QAbstractListModel>
 #include <QPointer>
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
-#include "core/store.h"
-
 namespace kivo {
 
 /**
- * The sidebar's fixed rows, the six selections and the seven kind filters, with the Store's
- * counts beside them, and which row is selected. The Store takes the selection over once it
- * loads rows per selection; until then the sidebar keeps it.
+ * The sidebar's fixed rows of one section with the Store's counts beside them: the six lists
+ * (section "library") or the seven kind filters (section "types").
  */
 class SidebarModel : public QAbstractListModel
 {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(kivo::Store *store READ store WRITE setStore NOTIFY storeChanged)
-    /** The selection key of the selected row: "all", "inbox", ..., "type-image", ... */
-    Q_PROPERTY(QString selectionKey READ selectionKey WRITE select NOTIFY selectionChanged)
-    Q_PROPERTY(int selectedRow READ selectedRow NOTIFY selectionChanged)
-    Q_PROPERTY(QString selectionTitle READ selectionTitle NOTIFY selectionChanged)
-    /** The selected row's count, -1 while unknown. */
-    Q_PROPERTY(int selectionCount READ selectionCount NOTIFY selectionCountChanged)
+    /** "library" or "types"; any other word lists nothing. */
+    Q_PROPERTY(QString section READ section WRITE setSection NOTIFY sectionChanged)
 
 public:
     enum Role {
-        KeyRole = Qt::UserRole + 1, ///< selection key, also the row's objectName in QML
+        KeyRole = Qt::UserRole + 1, ///< selection key ("all", "type-image", ...), also the row's objectName in QML
         TitleRole, ///< the words shown
         CountRole, ///< live items under the row, -1 while the Store has no number for it
-        SectionRole, ///< "library" for the fixed selections, "types" for the kind filters
         IconRole, ///< name of the row's glyph, resolved by the view
-        SectionTitleRole, ///< the heading the row stands under when it opens a titled section, else empty
     };
     Q_ENUM(Role)
+
+    struct Entry {
+        QString key;
+        QString title;
+        QString icon;
+    };
 
     explicit SidebarModel(QObject *parent = nullptr);
 
@@ -45,35 +44,24 @@ public:
 
     [[nodiscard]] Store *store() const { return m_store; }
     void setStore(Store *store);
-    [[nodiscard]] QString selectionKey() const;
-    [[nodiscard]] int selectedRow() const { return m_selectedRow; }
-    [[nodiscard]] QString selectionTitle() const;
-    [[nodiscard]] int selectionCount() const { return countAt(m_selectedRow); }
+    [[nodiscard]] QString section() const { return m_section; }
+    void setSection(const QString &section);
 
-    /** Selects the row with this key; an unknown key changes nothing. */
-    Q_INVOKABLE void select(const QString &key);
-    /** Moves the selection by `step` rows (arrow keys), stopping at either end. */
-    Q_INVOKABLE void moveSelection(int step);
+    /** The fixed rows of a section in their order. */
+    [[nodiscard]] static QList<Entry> entries(const QString &section);
+    /** The count the Store has for a fixed selection key, -1 when it has none. */
+    [[nodiscard]] static int countFor(const Store *store, const QString &key);
 
 Q_SIGNALS:
     void storeChanged();
-    void selectionChanged();
-    void selectionCountChanged();
+    void sectionChanged();
 
 private:
-    struct Entry {
-        QString key;
-        QString title;
-        QString section;
-        QString icon;
-    };
-
-    [[nodiscard]] int countAt(int row) const;
     void countsChanged();
 
     QList<Entry> m_entries;
+    QString m_section;
     QPointer<Store> m_store;
-    int m_selectedRow = 0;
 };
 
 } // namespace kivo
