@@ -214,8 +214,26 @@ void CaptureFlow::importAddress(const std::shared_ptr<Run> &run, const ClipItem 
             CaptureTrace::mark(u"importRemoteURL (X resolve + media download + insert)"_s);
             systemLog(u"[Store] importRemote failed for "_s + hostOrUnknown(QUrl(item.url)) + u": "_s
                 + errorText(error));
-            itemDone(run, std::nullopt);
+            itemDone(run, keepAsLink(run, QUrl(item.url)));
         });
+}
+
+std::optional<LibraryItem> CaptureFlow::keepAsLink(const std::shared_ptr<Run> &run, const QUrl &address)
+{
+    // Written without a reload: a card deciding on this clip must hide the link before the grid
+    // can show it, and the run reloads once at its end.
+    const std::optional<ImportContext> context = m_importer ? m_importer->context() : std::nullopt;
+    if (!context)
+        return std::nullopt;
+    try {
+        LibraryItem link = ImportService::insertLink(*context, address, std::nullopt, run->target);
+        Q_EMIT linkSnapshotWanted(link.id, address);
+        Q_EMIT m_importer->enrichmentWanted(link.id);
+        return link;
+    } catch (const std::exception &error) {
+        systemLog(u"[Store] importLink failed: "_s + errorText(error));
+        return std::nullopt;
+    }
 }
 
 void CaptureFlow::importPosterFrame(

@@ -77,6 +77,8 @@ private:
     void importNext(const std::shared_ptr<Run> &run);
     void itemDone(const std::shared_ptr<Run> &run, const std::optional<LibraryItem> &item);
     void importAddress(const std::shared_ptr<Run> &run, const ClipItem &item);
+    /** An address that could not be fetched is kept as a link, so nothing clipped is lost. */
+    std::optional<LibraryItem> keepAsLink(const std::shared_ptr<Run> &run, const QUrl &address);
     /** Stores a video's poster frame as a picture; calls back with the item or nothing. */
     void importPosterFrame(const std::shared_ptr<Run> &run, const ClipItem &item,
         std::function<void(std::optional<LibraryItem>)> done);

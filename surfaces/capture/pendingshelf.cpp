@@ -40,6 +40,11 @@ PendingShelf::~PendingShelf()
     delete m_panel;
 }
 
+void PendingShelf::setEngine(QQmlEngine *engine)
+{
+    m_engine = engine;
+}
+
 bool PendingShelf::filingDeferred() const
 {
     return m_pending && m_pending->deferredFileTarget().has_value();

@@ -36,7 +36,7 @@ public:
     ~PendingShelf() override;
 
     /** The engine the panel's window is made in; without one the panel keeps its state only. */
-    void setEngine(QQmlEngine *engine) { m_engine = engine; }
+    void setEngine(QQmlEngine *engine);
 
     Q_INVOKABLE void show();
     Q_INVOKABLE void hide();

@@ -14,6 +14,11 @@ const net = require('node:net');
 const os = require('node:os');
 const path = require('node:path');
 
+const chromiumPath = '/usr/bin/chromium';
+if (!fs.existsSync(chromiumPath)) {
+  process.stdout.write(`skipped: ${chromiumPath} is not installed (Debian package chromium)\n`);
+  process.exit(77); // ctest's skip code for this test
+}
 const {chromium} = require(path.join(process.env.KIVO_E2E_MODULES, 'playwright-core'));
 
 const binary = process.env.KIVO_BINARY;
@@ -125,7 +130,7 @@ async function main() {
     log(`Kivo is up, bridge on ${bridgePort}`);
 
     context = await chromium.launchPersistentContext(path.join(sandbox, 'chromium-profile'), {
-      executablePath: '/usr/bin/chromium',
+      executablePath: chromiumPath,
       headless: false, // the switches below ask for the new headless mode, which runs extensions
       args: [
         '--headless=new', '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run',

@@ -96,7 +96,8 @@ private Q_SLOTS:
     void routes_data();
     void routes();
     void cardRouteBindsTheStoredPicture();
-    void failedSingleClipEndsTheCard();
+    void failedDownloadIsKeptAsALink();
+    void unusableClipEndsTheCard();
     void twoClipsInQuickSuccession();
     void shelfRouteFillsThePendingList();
     void namingACollectionWhileClipsArrive();
@@ -169,14 +170,32 @@ void TestCaptureFlow::cardRouteBindsTheStoredPicture()
     QCOMPARE(w.world.store.capturePendingItemId(), QString());
 }
 
-void TestCaptureFlow::failedSingleClipEndsTheCard()
+void TestCaptureFlow::failedDownloadIsKeptAsALink()
 {
     FlowWorld w;
+    const QUrl missing = w.server.url(u"/missing.png"_s);
     const QStringList saved = w.clip(ClipRequest{.items = {w.image(u"/missing.png"_s)}});
+    QCOMPARE(saved.size(), 1);
+    QVERIFY(w.log.contains(u"[Store] importRemote failed for 127.0.0.1: "_s));
+    // Nothing clipped is lost: the address is a link in the inbox, and the card is bound to it.
+    const LibraryItem link = w.world.item(saved.first());
+    QCOMPARE(link.kind, u"link"_s);
+    QCOMPARE(link.sourceURL, missing.toString());
+    QVERIFY(w.isMember(link.id, w.inboxId()));
+    QVERIFY(w.palette.onScreen());
+    QCOMPARE(w.palette.boundItemId(), link.id);
+    QCOMPARE(w.world.store.capturePendingItemId(), link.id);
+    QCOMPARE(w.server.requestCount(u"/missing.png"_s), 1);
+}
+
+void TestCaptureFlow::unusableClipEndsTheCard()
+{
+    FlowWorld w;
+    ClipItem nowhere{.type = u"image"_s, .url = u"not an address"_s};
+    const QStringList saved = w.clip(ClipRequest{.items = {nowhere}});
     QVERIFY(saved.isEmpty());
     QVERIFY(!w.palette.onScreen());
     QCOMPARE(w.world.store.toast(), u"Capture Failed"_s);
-    QVERIFY(w.log.contains(u"[Store] importRemote failed for 127.0.0.1: "_s));
     QCOMPARE(w.world.scalar(u"SELECT COUNT(*) FROM item"_s).toInt(), 0);
 }
 
@@ -224,13 +243,21 @@ void TestCaptureFlow::shelfRouteFillsThePendingList()
     QVERIFY(!w.pending.entries().at(0).link);
 
     QTRY_COMPARE_WITH_TIMEOUT(w.flow.runningClips(), 0, 15000);
-    // The entry whose picture could not be had is gone; the others carry their items in order.
-    QCOMPARE(w.pending.count(), 4);
-    QCOMPARE(w.pending.itemIds().size(), 4);
+    // Every entry carries its item in order; the picture that could not be had is kept as a link.
+    QCOMPARE(w.pending.count(), 5);
+    QCOMPARE(w.pending.itemIds().size(), 5);
     QCOMPARE(w.world.item(w.pending.itemIds().at(1)).kind, u"link"_s);
     QCOMPARE(w.world.item(w.pending.itemIds().at(1)).title, page.title); // the clip's own title
-    QCOMPARE(w.world.item(w.pending.itemIds().at(2)).note, note.text);
-    QTRY_VERIFY(!w.pending.entries().at(3).preview.isNull()); // fetched from displaySrc
+    QCOMPARE(w.world.item(w.pending.itemIds().at(2)).kind, u"link"_s);
+    QCOMPARE(w.world.item(w.pending.itemIds().at(2)).sourceURL, missing.url);
+    QCOMPARE(w.world.item(w.pending.itemIds().at(3)).note, note.text);
+    QTRY_VERIFY(!w.pending.entries().at(4).preview.isNull()); // fetched from displaySrc
+    // An item with no usable address leaves no entry behind.
+    w.flow.clip(ClipRequest{.items = {ClipItem{.type = u"link"_s, .url = u"::"_s}, note}});
+    QCOMPARE(w.pending.count(), 7);
+    QTRY_COMPARE_WITH_TIMEOUT(w.flow.runningClips(), 0, 15000);
+    QCOMPARE(w.pending.count(), 6);
+    QCOMPARE(w.world.item(w.pending.itemIds().at(5)).note, note.text);
     QCOMPARE(w.world.store.toast(), QString()); // the shelf route says nothing
 
     w.flow.endClipSession();
