@@ -79,6 +79,8 @@ void PendingShelf::show()
     }
     m_panel->show();
     m_panel->raise();
+    // Its field takes the collection's name from the keyboard.
+    m_panel->requestActivate();
 }
 
 void PendingShelf::hide()

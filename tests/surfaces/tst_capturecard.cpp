@@ -3,8 +3,12 @@
 // late binds of cards that are already gone.
 
 #include "core/database.h"
+#include "ingest/capture/captureflow.h"
 #include "ingest/capture/clipitems.h"
+#include "ingest/capture/pendingclips.h"
+#include "ingest/import/libraryimporter.h"
 #include "surfaces/capture/capturepalette.h"
+#include "surfaces/capture/pendingshelf.h"
 #include "surfaces/qmlservices.h"
 #include "surfaces/theme/appearancecontroller.h"
 #include "tests/core/storeworld.h"
@@ -141,6 +145,7 @@ private Q_SLOTS:
     void draftCancelledBeforeItsItemNeverShows();
     void lateBindLeavesTheNewCardAlone();
     void failedImportClosesTheCard();
+    void pendingPanelFilesByKeyboard();
 };
 
 void TestCaptureCard::keyTable_data()
@@ -382,6 +387,53 @@ void TestCaptureCard::failedImportClosesTheCard()
     QTRY_VERIFY(!w.panel()->isVisible());
     QCOMPARE(w.world.store.toast(), u"Capture Failed"_s);
     QCOMPARE(w.world.store.capturePendingItemId(), QString());
+}
+
+
+void TestCaptureCard::pendingPanelFilesByKeyboard()
+{
+    CardWorld w;
+    w.world.settings.setShelfEnabled(true);
+    LibraryImporter importer(&w.world.store, &w.world.settings);
+    PendingClips pending;
+    CaptureFlow flow(&w.world.store, &w.world.settings, &importer, &pending);
+    bool sessionFlag = false;
+    flow.setClipSessionFlag([&](bool active) { sessionFlag = active; });
+    PendingShelf shelf(&pending, &w.world.store, &flow);
+    shelf.setEngine(&w.engine);
+
+    // Two selections: a multi-item clip goes to the pending clips and opens their panel.
+    const ClipItem first{.type = u"selection"_s, .url = u"https://www.example.com/a"_s, .text = u"Light through the pines"_s};
+    const ClipItem second{.type = u"selection"_s, .url = u"https://www.example.com/b"_s, .text = u"Fog over the lake"_s};
+    flow.clip(ClipRequest{.items = {first, second}});
+    QTRY_COMPARE(flow.runningClips(), 0);
+    QCOMPARE(pending.itemIds().size(), 2);
+    QVERIFY(sessionFlag);
+    QQuickWindow *panel = shelf.panel();
+    QVERIFY(panel);
+    QVERIFY(QTest::qWaitForWindowExposed(panel));
+    QVERIFY(panel->flags().testFlag(Qt::WindowStaysOnTopHint));
+    const QRect visible = panel->screen()->availableGeometry();
+    QCOMPARE(panel->x() + panel->width(), visible.right() - 12);
+    QCOMPARE(w.world.store.toast(), QString()); // nothing said until they are filed
+
+    QTRY_VERIFY(panel->activeFocusItem());
+    typeInto(panel, u"Trips"_s);
+    QTest::qWait(200);
+    saveScreenshot(panel, u"pending-clips.png"_s);
+    QTest::keyClick(panel, Qt::Key_Return);
+    QTRY_VERIFY(!panel->isVisible());
+    QVERIFY(!sessionFlag);
+    QVERIFY(pending.isEmpty());
+    const std::optional<LibraryCollection> trips = [&]() -> std::optional<LibraryCollection> {
+        for (const LibraryCollection &collection : w.world.store.collections())
+            if (collection.name == u"Trips")
+                return collection;
+        return std::nullopt;
+    }();
+    QVERIFY(trips);
+    QCOMPARE(w.world.scalar(u"SELECT COUNT(*) FROM itemCollection WHERE collectionId = ?"_s, {trips->id}).toInt(), 2);
+    QCOMPARE(w.world.store.toast(), u"Saved 2 to Trips"_s);
 }
 
 QTEST_MAIN(TestCaptureCard)
