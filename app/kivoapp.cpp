@@ -197,6 +197,8 @@ int runApplication(int argc, char **argv)
     PendingClips pendingClips;
     CaptureFlow captureFlow(&store, &settings, &importer, &pendingClips);
     captureFlow.setCardHost(&capturePalette);
+    QObject::connect(&importer, &LibraryImporter::captureCardWanted, &capturePalette,
+                     [&capturePalette](const LibraryItem &item) { capturePalette.presentItem(item.id); });
     captureFlow.setClipSessionFlag([&bridge](bool active) { bridge.server().setClipSessionActive(active); });
     PendingShelf pendingShelf(&pendingClips, &store, &captureFlow);
     pendingShelf.setEngine(&engine);

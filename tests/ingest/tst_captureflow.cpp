@@ -64,7 +64,8 @@ struct FlowWorld {
     {
         QSignalSpy finished(&flow, &CaptureFlow::clipFinished);
         flow.clip(request);
-        if (!finished.wait(15000))
+        // A clip with nothing to download ends before `clip` returns.
+        if (finished.isEmpty() && !finished.wait(15000))
             return {u"<no end>"_s};
         return finished.constFirst().at(1).toStringList();
     }
@@ -141,7 +142,7 @@ void TestCaptureFlow::routes()
 void TestCaptureFlow::cardRouteBindsTheStoredPicture()
 {
     FlowWorld w;
-    const QStringList saved = w.clip(ClipRequest{.items = {w.image(u"/red.png"_s, u"Red square on a page")}});
+    const QStringList saved = w.clip(ClipRequest{.items = {w.image(u"/red.png"_s, u"Red square on a page"_s)}});
     QCOMPARE(saved.size(), 1);
     const LibraryItem item = w.world.item(saved.first());
     QCOMPARE(item.kind, u"image"_s);
@@ -254,7 +255,6 @@ void TestCaptureFlow::shelfRouteFillsThePendingList()
     QTRY_VERIFY(!w.pending.entries().at(4).preview.isNull()); // fetched from displaySrc
     // An item with no usable address leaves no entry behind.
     w.flow.clip(ClipRequest{.items = {ClipItem{.type = u"link"_s, .url = u"::"_s}, note}});
-    QCOMPARE(w.pending.count(), 7);
     QTRY_COMPARE_WITH_TIMEOUT(w.flow.runningClips(), 0, 15000);
     QCOMPARE(w.pending.count(), 6);
     QCOMPARE(w.world.item(w.pending.itemIds().at(5)).note, note.text);
