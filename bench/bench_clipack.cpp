@@ -27,9 +27,13 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTextStream>
+#include <QDir>
+#include <QFile>
+#include <QTimer>
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -104,6 +108,7 @@ int main(int argc, char **argv)
         {u"clips"_s, u"Clips posted."_s, u"N"_s, u"300"_s},
         {u"interval-ms"_s, u"Pause between two clips."_s, u"N"_s, u"10"_s},
         {u"size"_s, u"Width and height of each picture."_s, u"N"_s, u"1200"_s},
+        {u"renice"_s, u"Experiment: nice value for threads named by the pattern (name=value)."_s, u"NAME=N"_s},
     });
     parser.process(application);
     QTextStream out(stdout);
@@ -147,6 +152,19 @@ int main(int argc, char **argv)
     out << "bridge on 127.0.0.1:" << port << ", " << clipCount << " clips of " << size << "x" << size
         << " JPEG, one every " << interval << " ms" << Qt::endl;
 
+    QTimer renicer;
+    if (parser.isSet(u"renice"_s)) {
+        const QString name = parser.value(u"renice"_s).section(u'=', 0, 0);
+        const int value = parser.value(u"renice"_s).section(u'=', 1).toInt();
+        QObject::connect(&renicer, &QTimer::timeout, [name, value] {
+            for (const QString &task : QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+                QFile comm(u"/proc/self/task/"_s + task + u"/comm"_s);
+                if (comm.open(QIODevice::ReadOnly) && QString::fromUtf8(comm.readAll()).contains(name))
+                    setpriority(PRIO_PROCESS, id_t(task.toInt()), value);
+            }
+        });
+        renicer.start(20);
+    }
     std::vector<double> timings;
     std::atomic<int> failures{0};
     std::atomic<bool> finished{false};
