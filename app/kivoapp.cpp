@@ -1,6 +1,7 @@
 #include "app/kivoapp.h"
 
 #include "app/lifecycle/appdelegate.h"
+#include "app/lifecycle/frameprobe.h"
 #include "app/lifecycle/diagnostics.h"
 #include "app/lifecycle/quitsignals.h"
 #include "app/lifecycle/singleinstance.h"
@@ -22,15 +23,19 @@
 #include "ingest/import/libraryimporter.h"
 #include "surfaces/capture/capturepalette.h"
 #include "surfaces/capture/pendingshelf.h"
+#include "search/searchservice.h"
+#include "surfaces/enrichment/enrichmentprogress.h"
 #include "surfaces/gate/librarygate.h"
 #include "surfaces/qmlservices.h"
 #include "surfaces/theme/appearancecontroller.h"
 #include "surfaces/thumbnails/thumbnailprovider.h"
+#include "understanding/enrichment/enrichmentservice.h"
 
 #include <QApplication>
 #include <QEventLoop>
 #include <QIcon>
 #include <QQmlApplicationEngine>
+#include <QQuickWindow>
 #include <QQmlEngine>
 #include <QScopeGuard>
 #include <QWindow>
@@ -164,6 +169,17 @@ int runApplication(int argc, char **argv)
     store.initialise();
     delegate.setStore(&store);
     QmlServices::publishStore(&store);
+    SearchService search(store);
+
+    // Background reading: the one-time upgrades now, the scan for unread items when the Store says
+    // (3 seconds after the first load), and whatever importers hand over in between.
+    EnrichmentService enrichment;
+    enrichment.attachStore(&store);
+    enrichment.runBackfills();
+    EnrichmentProgress enrichmentProgress;
+    QObject::connect(&enrichment, &EnrichmentService::pendingCountChanged, &enrichmentProgress,
+        &EnrichmentProgress::setPendingCount);
+    QmlServices::publishEnrichmentProgress(&enrichmentProgress);
 
     QQmlApplicationEngine engine;
     QmlServices::prepareEngine(engine);
@@ -180,6 +196,7 @@ int runApplication(int argc, char **argv)
         return 1;
     }
     QWindow *mainWindow = qobject_cast<QWindow *>(engine.rootObjects().constFirst());
+    FrameProbe::attachIfAsked(qobject_cast<QQuickWindow *>(mainWindow));
     const auto showMainWindow = [mainWindow] { bringForward(mainWindow); };
     QObject::connect(&instance, &SingleInstance::showRequested, &instance, [showMainWindow](qint64 pid) {
         showMainWindow();

@@ -215,6 +215,13 @@ public:
     void applySearchResults(quint64 generation, const QList<LibraryItem> &rows);
     [[nodiscard]] quint64 searchGeneration() const { return m_searchGeneration; }
 
+    /**
+     * Background reading has finished an item: re-run the rows (or the search, without its wait)
+     * half a second later. Calls in the meantime join that one refresh, so a burst of finished
+     * items refreshes the surfaces at most twice a second. Main thread only; services queue it.
+     */
+    void noteEnrichmentFinished();
+
     // ---- Published values (C++) --------------------------------------------------------------
 
     [[nodiscard]] const QList<LibraryCollection> &collections() const { return m_collections; }
@@ -608,6 +615,7 @@ private:
     ViewMode m_viewMode = ViewMode::cards;
     QString m_searchText;
     quint64 m_searchGeneration = 0;
+    bool m_enrichmentRefreshPending = false;
     SearchRunner m_searchRunner;
     /** The rows on show came from a search, not from the selection's row query. */
     bool m_rowsFromSearch = false;

@@ -9,6 +9,7 @@
 #include <QElapsedTimer>
 #include <QPointer>
 #include <QThreadPool>
+#include <QTimer>
 
 #include <array>
 
@@ -21,6 +22,8 @@ namespace {
 /** How many rows, and colours of each, the tint looks at. */
 constexpr qsizetype tintRows = 60;
 constexpr qsizetype tintColoursPerRow = 3;
+/** How long finished background reading waits before the rows are refreshed, gathering a burst. */
+constexpr std::chrono::milliseconds enrichmentRefreshDelay{500};
 
 double elapsedMs(const QElapsedTimer &timer)
 {
@@ -85,6 +88,18 @@ void Store::reloadItems(bool typing)
     publishRows(std::move(rows));
     if (m_churnTrace)
         systemLog(QString::asprintf("[trace] reloadItems total %.0f ms", elapsedMs(timer)));
+}
+
+void Store::noteEnrichmentFinished()
+{
+    if (m_enrichmentRefreshPending)
+        return;
+    m_enrichmentRefreshPending = true;
+    // The Store is the timer's context, so a refresh never outlives it.
+    QTimer::singleShot(enrichmentRefreshDelay, this, [this] {
+        m_enrichmentRefreshPending = false;
+        reloadItems(false);
+    });
 }
 
 qsizetype Store::expectedRowCount() const

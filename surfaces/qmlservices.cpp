@@ -3,6 +3,7 @@
 #include "core/appsettings.h"
 #include "core/store.h"
 #include "surfaces/import/importcontroller.h"
+#include "surfaces/enrichment/enrichmentprogress.h"
 #include "surfaces/theme/appearancecontroller.h"
 
 #include <QJSEngine>
@@ -59,6 +60,11 @@ void publishSettings(AppSettings *settings)
 void publishImporter(ImportController *importer)
 {
     publish("Importer", importer);
+}
+
+void publishEnrichmentProgress(EnrichmentProgress *progress)
+{
+    publish("EnrichmentProgress", progress);
 }
 
 } // namespace kivo::QmlServices

@@ -7,6 +7,7 @@ namespace kivo {
 class AppSettings;
 class AppearanceController;
 class ImportController;
+class EnrichmentProgress;
 class Store;
 
 /**
@@ -24,6 +25,7 @@ void publishAppearance(AppearanceController *appearance);
 void publishSettings(AppSettings *settings);
 /** Drops and pastes into the library, and the progress of imports, as "Importer". */
 void publishImporter(ImportController *importer);
+void publishEnrichmentProgress(EnrichmentProgress *progress);
 
 } // namespace QmlServices
 } // namespace kivo

@@ -30,4 +30,13 @@ void CommandContext::printJson(const QJsonValue &value) const
     out << QString::fromUtf8(document.toJson(QJsonDocument::Compact)) << Qt::endl;
 }
 
+QString itemLabel(const LibraryItem &item)
+{
+    for (const auto &candidate : {item.title, item.sourceURL, item.filePath}) {
+        if (candidate && !candidate->trimmed().isEmpty())
+            return candidate->simplified();
+    }
+    return item.id;
+}
+
 } // namespace kivo::cli

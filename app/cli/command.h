@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/records.h"
+
 #include <QJsonValue>
 #include <QString>
 #include <QStringList>
@@ -35,6 +37,9 @@ public:
     [[nodiscard]] virtual bool needsGui() const { return false; }
     virtual int run(CommandContext &context) = 0;
 };
+
+/** What a row is called in a listing: its title, else its address or file, else its id. */
+[[nodiscard]] QString itemLabel(const LibraryItem &item);
 
 /** Every command, in the order --help lists them. */
 [[nodiscard]] const QList<Command *> &allCommands();

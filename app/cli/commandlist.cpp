@@ -5,6 +5,7 @@ namespace kivo::cli {
 Command *makeInfoCommand();
 Command *makePaletteCommand();
 Command *makeListCommand();
+Command *makeSearchCommand();
 Command *makeCollectionsCommand();
 Command *makeCollectionCommand();
 Command *makeFileCommand();
@@ -18,6 +19,7 @@ Command *makeAddLinkCommand();
 Command *makeAddTextCommand();
 Command *makeSidecarsCommand();
 Command *makeDemoCommand();
+Command *makeEnrichCommand();
 
 const QList<Command *> &allCommands()
 {
@@ -25,6 +27,7 @@ const QList<Command *> &allCommands()
         makeInfoCommand(),
         makePaletteCommand(),
         makeListCommand(),
+        makeSearchCommand(),
         makeCollectionsCommand(),
         makeCollectionCommand(),
         makeFileCommand(),
@@ -37,6 +40,7 @@ const QList<Command *> &allCommands()
         makeAddLinkCommand(),
         makeAddTextCommand(),
         makeSidecarsCommand(),
+        makeEnrichCommand(),
         makeDemoCommand(),
     };
     return commands;

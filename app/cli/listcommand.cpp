@@ -9,16 +9,6 @@ namespace kivo::cli {
 
 namespace {
 
-/** What a row is called in a listing: its title, else its address or file, else its id. */
-QString label(const LibraryItem &item)
-{
-    for (const auto &candidate : {item.title, item.sourceURL, item.filePath}) {
-        if (candidate && !candidate->trimmed().isEmpty())
-            return candidate->simplified();
-    }
-    return item.id;
-}
-
 /** `kivo list`: the rows of a selection, in the order the window shows them. */
 class ListCommand final : public Command
 {
@@ -74,7 +64,7 @@ public:
             return 0;
         }
         for (const LibraryItem &item : store.items())
-            context.out << item.id << u'\t' << item.kind << u'\t' << label(item) << u'\n';
+            context.out << item.id << u'\t' << item.kind << u'\t' << itemLabel(item) << u'\n';
         context.out.flush();
         return 0;
     }

@@ -6,7 +6,7 @@ import Kivo.Services
 // The current selection's items as the view mode asks: the card grid (with the links rail at
 // its trailing edge when the board has one), the list, or the timeline; the selection's own words
 // when it has no items; and the large preview over it all. It fills the area under the window's
-// toolbar; `ViewToolbar` is the toolbar's part that belongs to it.
+// toolbar, whose view switch and view options act on it through the Store and the settings.
 FocusScope {
     id: view
 

@@ -8,7 +8,5 @@ qt_target_qml_sources(kivo_surfaces
         views/RowFields.qml
         views/RowList.qml
         views/SelectionView.qml
-        views/ViewModeSwitch.qml
         views/ViewOptionsPopup.qml
-        views/ViewToolbar.qml
 )

@@ -109,6 +109,8 @@ Window {
         height: parent.height
         color: Theme.hairline
         visible: window.sidebarShown
+        // Over the content, whose cards take presses, so that the splitter's wide grip wins.
+        z: 1
 
         MouseArea {
             // The splitter: a grip wider than the line it stands on.
@@ -150,6 +152,7 @@ Window {
             detailsShown: window.detailsShown
             onToggleSidebar: windowController.toggleSidebar()
             onToggleDetails: windowController.toggleDetails()
+            Component.onCompleted: if (windowController.viewOptionsAtStart) openViewOptions()
         }
 
         Item {
@@ -161,6 +164,7 @@ Window {
             anchors.bottom: parent.bottom
 
             SetupErrorBanner {
+                id: setupBanner
                 objectName: "setupError"
                 anchors.top: parent.top
                 anchors.left: parent.left
@@ -171,12 +175,15 @@ Window {
                 message: Store.setupError
             }
 
-            EmptyLibrary {
-                objectName: "emptyLibrary"
-                anchors.centerIn: parent
-                anchors.verticalCenterOffset: -Theme.metrics.headerHeight / 2
-                visible: Store.didInitialLoad && Store.allCount === 0 && Store.hiddenCount === 0
-                         && Store.setupError.length === 0
+            // The selection's cards, rows or days, its links rail and its own empty state.
+            SelectionView {
+                id: selectionView
+                objectName: "selectionView"
+                anchors.top: setupBanner.visible ? setupBanner.bottom : parent.top
+                anchors.left: parent.left
+                anchors.right: parent.right
+                anchors.bottom: parent.bottom
+                visible: Store.setupError.length === 0
             }
         }
     }

@@ -5,7 +5,7 @@ import Kivo
 import Kivo.Services
 
 // The bar above the cards: back and forward, the selection's name, the search field, the view
-// switch and the details toggle. Quiet until something is under the pointer.
+// switch with its options and the details toggle. Quiet until something is under the pointer.
 Item {
     id: bar
 
@@ -18,6 +18,10 @@ Item {
 
     signal toggleSidebar()
     signal toggleDetails()
+
+    function openViewOptions() {
+        viewOptions.open();
+    }
 
     implicitHeight: Theme.metrics.headerHeight
 
@@ -92,6 +96,14 @@ Item {
         anchors.rightMargin: Theme.space.m
         anchors.verticalCenter: parent.verticalCenter
         spacing: Theme.space.s
+
+        EnrichmentIndicator {
+            objectName: "enrichmentIndicator"
+            anchors.verticalCenter: parent.verticalCenter
+            // Absent in windows that run without background reading.
+            pendingCount: typeof EnrichmentProgress !== "undefined" && EnrichmentProgress
+                          ? EnrichmentProgress.pendingCount : 0
+        }
 
         Basic.TextField {
             id: search
@@ -177,6 +189,22 @@ Item {
                         TapHandler { onTapped: Store.viewMode = segment.modelData.mode }
                     }
                 }
+            }
+        }
+
+        GlyphButton {
+            id: viewOptionsButton
+            objectName: "viewOptionsButton"
+            anchors.verticalCenter: parent.verticalCenter
+            glyph: "sliders"
+            tip: "View Options"
+            checked: viewOptions.opened
+            onClicked: viewOptions.opened ? viewOptions.close() : viewOptions.open()
+
+            ViewOptionsPopup {
+                id: viewOptions
+                x: viewOptionsButton.width - width
+                y: viewOptionsButton.height + Theme.space.s
             }
         }
 

@@ -1,5 +1,7 @@
 #include "surfaces/window/windowcontroller.h"
 
+#include "core/launchoptions.h"
+
 #include <QHash>
 
 #include <algorithm>
@@ -107,6 +109,11 @@ void WindowController::toggleDetails()
     if (target.isEmpty() && !selected.isEmpty())
         target = selected.constFirst();
     m_store->setDetailsItemId(target);
+}
+
+bool WindowController::viewOptionsAtStart()
+{
+    return LaunchOptions::current().viewOptions;
 }
 
 } // namespace kivo

@@ -23,8 +23,11 @@ class WindowController : public QObject
     Q_PROPERTY(kivo::AppSettings *settings READ settings WRITE setSettings NOTIFY settingsChanged)
     /** The sidebar key as portable text ("Ctrl+Meta+S"); empty when the stored key has no counterpart. */
     Q_PROPERTY(QString sidebarToggleSequence READ sidebarToggleSequence NOTIFY sidebarToggleSequenceChanged)
+    /** Whether this run was started with --view-options, which opens the view options at start. */
+    Q_PROPERTY(bool viewOptionsAtStart READ viewOptionsAtStart CONSTANT)
 
 public:
+    [[nodiscard]] static bool viewOptionsAtStart();
     static constexpr double minimumSidebarWidth = 180;
     static constexpr double maximumSidebarWidth = 420;
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "surfaces/enrichment/enrichmentprogress.h"
 #include "surfaces/qmlservices.h"
 #include "surfaces/theme/appearancecontroller.h"
 #include "tests/core/storeworld.h"
@@ -29,6 +30,7 @@ inline void typeText(QQuickWindow *window, const QString &text)
 struct LoadedWindow {
     StoreWorld world;
     AppearanceController appearance;
+    EnrichmentProgress reading;
     std::unique_ptr<QQmlApplicationEngine> engine;
     QQuickWindow *window = nullptr;
 
@@ -39,6 +41,7 @@ struct LoadedWindow {
         QmlServices::publishAppearance(&appearance);
         QmlServices::publishSettings(&world.settings);
         QmlServices::publishStore(&world.store);
+        QmlServices::publishEnrichmentProgress(&reading);
         engine = std::make_unique<QQmlApplicationEngine>();
         QmlServices::prepareEngine(*engine);
         engine->load(QUrl(QStringLiteral("qrc:/Kivo/window/Main.qml")));

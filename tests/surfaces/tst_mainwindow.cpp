@@ -6,6 +6,7 @@
 #include "core/appsettings.h"
 #include "core/store.h"
 #include "core/userdefaults.h"
+#include "search/searchservice.h"
 #include "surfaces/qmlservices.h"
 #include "tests/surfaces/loadedwindow.h"
 #include "tests/surfaces/quickhelpers.h"
@@ -35,6 +36,8 @@ private Q_SLOTS:
     void historyFollowsButtonsKeysAndMouse();
     void sidebarHidesAndResizes();
     void toolbarSearchesAndSwitchesTheView();
+    void searchFieldFindsByWordsAndColours();
+    void readingIndicatorShowsWhatIsLeft();
     void toastsShowTheirButtonAndLeave();
     void detailsPanelEditsTheItem();
     void itemMenuRunsTheActions();
@@ -382,6 +385,53 @@ void TestMainWindow::toolbarSearchesAndSwitchesTheView()
     QCOMPARE(kivo::UserDefaults().stringValue(u"viewMode.favourites"_s), u"timeline"_s);
     loaded.click(u"viewMode-cards"_s);
     QCOMPARE(store.viewModeName(), u"cards"_s);
+}
+
+void TestMainWindow::searchFieldFindsByWordsAndColours()
+{
+    LoadedWindow loaded;
+    kivo::Store &store = loaded.world.store;
+    const QString boat = loaded.world.addItem(u"image"_s, 100, [](kivo::LibraryItem &item) {
+        item.title = u"Harbour boat"_s;
+        item.colors = uR"(["#1E3CC8"])"_s;
+    });
+    const QString door = loaded.world.addItem(u"image"_s, 200, [](kivo::LibraryItem &item) {
+        item.title = u"Door"_s;
+        item.colors = uR"(["#C81E1E"])"_s;
+    });
+    store.reloadAll();
+    kivo::SearchService search(store);
+    QVERIFY(loaded.open());
+    QTRY_COMPARE(store.items().size(), 2);
+    QTest::keyClick(loaded.window, Qt::Key_F, Qt::ControlModifier);
+    QTRY_VERIFY(loaded.item(u"searchField"_s)->hasActiveFocus());
+    kivo::test::typeText(loaded.window, u"harb"_s);
+    QTRY_COMPARE(kivo::test::idsOf(store.items()), QStringList{boat});
+    // A colour word finds the picture by its palette.
+    QTest::keyClick(loaded.window, Qt::Key_A, Qt::ControlModifier);
+    kivo::test::typeText(loaded.window, u"red"_s);
+    QTRY_COMPARE(kivo::test::idsOf(store.items()), QStringList{door});
+    QTest::keyClick(loaded.window, Qt::Key_Escape);
+    QTRY_COMPARE(store.items().size(), 2);
+}
+
+void TestMainWindow::readingIndicatorShowsWhatIsLeft()
+{
+    LoadedWindow loaded;
+    QVERIFY(loaded.open());
+    QQuickItem *indicator = loaded.item(u"enrichmentIndicator"_s);
+    QVERIFY(indicator);
+    QVERIFY(!indicator->isVisible());
+    loaded.reading.setPendingCount(12);
+    // A moment passes before it shows, so one quick item never flashes it.
+    QTest::qWait(500);
+    QVERIFY(!indicator->isVisible());
+    QTRY_VERIFY_WITH_TIMEOUT(indicator->isVisible(), 3000);
+    QCOMPARE(loaded.textOf(u"enrichmentText"_s), u"Reading 12 items"_s);
+    loaded.reading.setPendingCount(1);
+    QCOMPARE(loaded.textOf(u"enrichmentText"_s), u"Reading 1 item"_s);
+    loaded.reading.setPendingCount(0);
+    QTRY_VERIFY_WITH_TIMEOUT(!indicator->isVisible(), 3000);
 }
 
 void TestMainWindow::toastsShowTheirButtonAndLeave()

@@ -1,0 +1,103 @@
+#include "app/lifecycle/frameprobe.h"
+
+#include "app/lifecycle/memorywatch.h"
+#include "surfaces/grid/itemlistmodel.h"
+#include "surfaces/grid/masonryview.h"
+
+#include <QQuickItem>
+#include <QQuickWindow>
+
+#include <ctime>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace kivo {
+
+namespace {
+
+qint64 monotonicNs()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return qint64(now.tv_sec) * 1000000000 + now.tv_nsec;
+}
+
+// The process's start on the monotonic clock, from /proc/self/stat's start time (in clock ticks
+// since boot; the monotonic clock counts from boot too, less any time suspended).
+qint64 processStartNs()
+{
+    QFile stat(u"/proc/self/stat"_s);
+    if (!stat.open(QIODevice::ReadOnly))
+        return monotonicNs();
+    const QByteArray line = stat.readAll();
+    // The command name may hold spaces; the fields after it are counted from its closing bracket.
+    const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
+    constexpr int startTimeField = 19; // field 22 of the whole line
+    if (fields.size() <= startTimeField)
+        return monotonicNs();
+    const qint64 ticks = fields.at(startTimeField).toLongLong();
+    return ticks * (1000000000 / sysconf(_SC_CLK_TCK));
+}
+
+bool anyMasonryWithCards(QQuickItem *item)
+{
+    if (const auto *masonry = qobject_cast<MasonryView *>(item); masonry && masonry->isVisible()
+        && masonry->activeCount() > 0)
+        return true;
+    const QList<QQuickItem *> children = item->childItems();
+    return std::any_of(children.cbegin(), children.cend(), anyMasonryWithCards);
+}
+
+} // namespace
+
+void FrameProbe::attachIfAsked(QQuickWindow *window)
+{
+    const QString path = qEnvironmentVariable("KIVO_FRAME_PROBE");
+    if (path.isEmpty() || !window)
+        return;
+    new FrameProbe(window, path); // lives as the window's child
+}
+
+FrameProbe::FrameProbe(QQuickWindow *window, const QString &path)
+    : QObject(window)
+    , m_window(window)
+    , m_file(path)
+{
+    bool given = false;
+    m_startNs = qEnvironmentVariable("KIVO_FRAME_PROBE_START").toLongLong(&given);
+    if (!given)
+        m_startNs = processStartNs();
+    if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
+        qWarning("kivo: cannot write the frame probe to %s", qPrintable(path));
+    // Frames are swapped on the render thread when there is one; the record is kept on this one.
+    connect(window, &QQuickWindow::frameSwapped, this, &FrameProbe::frameSwapped, Qt::QueuedConnection);
+    m_flushTimer.setInterval(500);
+    connect(&m_flushTimer, &QTimer::timeout, this, &FrameProbe::flush);
+    m_flushTimer.start();
+}
+
+bool FrameProbe::gridShowsCards() const
+{
+    return m_window && anyMasonryWithCards(m_window->contentItem());
+}
+
+void FrameProbe::frameSwapped()
+{
+    const qint64 now = monotonicNs();
+    m_pending += "frame " + QByteArray::number(now) + '\n';
+    if (!m_sawGrid && gridShowsCards()) {
+        m_sawGrid = true;
+        m_pending += "first-grid-frame-ms " + QByteArray::number(double(now - m_startNs) / 1e6, 'f', 1) + '\n';
+        flush();
+    }
+}
+
+void FrameProbe::flush()
+{
+    m_pending += "rss-bytes " + QByteArray::number(MemoryWatch::residentBytes()) + '\n';
+    m_file.write(m_pending);
+    m_pending.clear();
+}
+
+} // namespace kivo

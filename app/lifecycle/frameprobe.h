@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+
+class QQuickWindow;
+
+namespace kivo {
+
+/**
+ * A record of the main window's frames for the window benchmark, off unless the environment's
+ * KIVO_FRAME_PROBE names a file. It writes when the first frame showing cards of the grid was
+ * swapped (from the launcher's clock reading in KIVO_FRAME_PROBE_START, CLOCK_MONOTONIC
+ * nanoseconds, or from the process's start), every frame's swap time, and the resident memory,
+ * so that a driver outside the process can time a launch and a scroll made with real input.
+ */
+class FrameProbe : public QObject
+{
+public:
+    /** Starts recording the window's frames when the environment asks for it; otherwise nothing. */
+    static void attachIfAsked(QQuickWindow *window);
+
+private:
+    FrameProbe(QQuickWindow *window, const QString &path);
+
+    void frameSwapped();
+    void flush();
+    [[nodiscard]] bool gridShowsCards() const;
+
+    QPointer<QQuickWindow> m_window;
+    QFile m_file;
+    QByteArray m_pending;
+    QTimer m_flushTimer;
+    qint64 m_startNs = 0;
+    bool m_sawGrid = false;
+};
+
+} // namespace kivo

@@ -1,0 +1,219 @@
+// Times the real `kivo` window on a library: from the launch to the first frame that shows the
+// grid's cards, the frames while the grid is scrolled with the real mouse wheel (xdotool), and the
+// resident memory after the launch and after the scroll. Run it under an X server:
+//
+//   xvfb-run -a -s "-screen 0 1920x1200x24" build/bench/bench_window --library PATH [--runs 3]
+//
+// Each run starts Kivo with fresh settings and state folders, so that it opens on All as a first
+// launch does; the library is only read (the process is killed at the end, so no quit-time work).
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QScopeGuard>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+qint64 monotonicNs()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return qint64(now.tv_sec) * 1000000000 + now.tv_nsec;
+}
+
+struct ProbeRecord {
+    std::optional<double> firstGridFrameMs;
+    QList<qint64> frames;
+    qint64 lastResidentBytes = 0;
+};
+
+ProbeRecord readProbe(const QString &path)
+{
+    ProbeRecord record;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return record;
+    const QList<QByteArray> lines = file.readAll().split('\n');
+    for (const QByteArray &line : lines) {
+        const qsizetype space = line.indexOf(' ');
+        if (space < 0)
+            continue;
+        const QByteArray key = line.left(space);
+        const QByteArray value = line.mid(space + 1);
+        if (key == "frame")
+            record.frames.append(value.toLongLong());
+        else if (key == "first-grid-frame-ms")
+            record.firstGridFrameMs = value.toDouble();
+        else if (key == "rss-bytes")
+            record.lastResidentBytes = value.toLongLong();
+    }
+    return record;
+}
+
+double percentile(QList<double> sorted, double fraction)
+{
+    if (sorted.isEmpty())
+        return 0;
+    std::sort(sorted.begin(), sorted.end());
+    return sorted.at(std::min<qsizetype>(sorted.size() - 1, qsizetype(double(sorted.size()) * fraction)));
+}
+
+bool runQuietly(const QString &program, const QStringList &arguments, int timeoutMs = 120000)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process.start(program, arguments);
+    return process.waitForFinished(timeoutMs) && process.exitStatus() == QProcess::NormalExit
+        && process.exitCode() == 0;
+}
+
+struct RunFigures {
+    double launchMs = 0;
+    double residentAfterLaunchMb = 0;
+    double residentAfterScrollMb = 0;
+    QList<double> frameMs;
+};
+
+std::optional<RunFigures> runOnce(const QString &kivo, const QString &library, int clicks, bool noEnrich)
+{
+    QTemporaryDir home;
+    const QString probePath = home.filePath(u"frames.txt"_s);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const QString &folder : {u"config"_s, u"state"_s, u"cache"_s, u"data"_s})
+        QDir(home.path()).mkpath(folder);
+    environment.insert(u"XDG_CONFIG_HOME"_s, home.filePath(u"config"_s));
+    environment.insert(u"XDG_STATE_HOME"_s, home.filePath(u"state"_s));
+    environment.insert(u"XDG_CACHE_HOME"_s, home.filePath(u"cache"_s));
+    environment.insert(u"XDG_DATA_HOME"_s, home.filePath(u"data"_s));
+    environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
+    environment.insert(u"KIVO_FRAME_PROBE"_s, probePath);
+    // Another Kivo on the machine keeps the bridge's port; this one only needs its window.
+    environment.insert(u"KIVO_BRIDGE_PORT"_s, u"0"_s);
+
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.setProcessChannelMode(QProcess::ForwardedChannels);
+    QStringList arguments{u"--library"_s, library};
+    if (noEnrich)
+        arguments << u"--no-enrich"_s;
+    const qint64 start = monotonicNs();
+    environment.insert(u"KIVO_FRAME_PROBE_START"_s, QString::number(start));
+    process.setProcessEnvironment(environment);
+    process.start(kivo, arguments);
+    if (!process.waitForStarted()) {
+        std::fprintf(stderr, "bench_window: could not start %s\n", qPrintable(kivo));
+        return std::nullopt;
+    }
+    const auto stop = qScopeGuard([&process] {
+        process.kill();
+        process.waitForFinished();
+    });
+
+    RunFigures figures;
+    QElapsedTimer waited;
+    waited.start();
+    ProbeRecord record;
+    while (!record.firstGridFrameMs) {
+        if (waited.elapsed() > 120000 || process.state() != QProcess::Running) {
+            std::fprintf(stderr, "bench_window: no grid frame came (is the library empty?)\n");
+            return std::nullopt;
+        }
+        QThread::msleep(5);
+        record = readProbe(probePath);
+    }
+    figures.launchMs = *record.firstGridFrameMs;
+
+    // Let the first thumbnails come in, as a person looks before they scroll.
+    QThread::sleep(3);
+    figures.residentAfterLaunchMb = double(readProbe(probePath).lastResidentBytes) / 1e6;
+
+    const QString windowId = [&] {
+        QProcess search;
+        search.start(u"xdotool"_s, {u"search"_s, u"--sync"_s, u"--onlyvisible"_s, u"--pid"_s,
+                                    QString::number(process.processId())});
+        search.waitForFinished(10000);
+        return QString::fromUtf8(search.readAllStandardOutput()).split(u'\n').value(0).trimmed();
+    }();
+    if (windowId.isEmpty()) {
+        std::fprintf(stderr, "bench_window: could not find Kivo's window\n");
+        return std::nullopt;
+    }
+    // The pointer over the grid, right of the sidebar and below the toolbar.
+    runQuietly(u"xdotool"_s, {u"mousemove"_s, u"--window"_s, windowId, u"700"_s, u"450"_s});
+    QThread::msleep(300);
+    const qint64 scrollStart = monotonicNs();
+    runQuietly(u"xdotool"_s, {u"click"_s, u"--repeat"_s, QString::number(clicks), u"--delay"_s, u"16"_s, u"5"_s});
+    const qint64 scrollEnd = monotonicNs();
+    QThread::sleep(1);
+    record = readProbe(probePath);
+    figures.residentAfterScrollMb = double(record.lastResidentBytes) / 1e6;
+    for (qsizetype i = 1; i < record.frames.size(); ++i) {
+        if (record.frames.at(i - 1) >= scrollStart && record.frames.at(i) <= scrollEnd)
+            figures.frameMs.append(double(record.frames.at(i) - record.frames.at(i - 1)) / 1e6);
+    }
+    return figures;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(u"Times Kivo's launch, scrolling and memory on a library."_s);
+    parser.addHelpOption();
+    parser.addOption({u"library"_s, u"The library folder to open."_s, u"path"_s});
+    parser.addOption({u"kivo"_s, u"The kivo binary."_s, u"path"_s,
+                      QCoreApplication::applicationDirPath() + u"/../bin/kivo"_s});
+    parser.addOption({u"runs"_s, u"How many launches."_s, u"n"_s, u"3"_s});
+    parser.addOption({u"clicks"_s, u"Wheel clicks per scroll, one every 16 ms."_s, u"n"_s, u"400"_s});
+    parser.addOption({u"no-enrich"_s, u"Start Kivo with background reading off."_s});
+    parser.process(application);
+    if (!parser.isSet(u"library"_s) || qEnvironmentVariableIsEmpty("DISPLAY")) {
+        std::fprintf(stderr, "usage: xvfb-run -a -s \"-screen 0 1920x1200x24\" bench_window --library PATH\n");
+        return 2;
+    }
+
+    QList<double> launches;
+    QList<double> frames;
+    QList<double> residentAfterLaunch;
+    QList<double> residentAfterScroll;
+    const int runs = parser.value(u"runs"_s).toInt();
+    for (int run = 0; run < runs; ++run) {
+        const auto figures = runOnce(parser.value(u"kivo"_s), parser.value(u"library"_s),
+                                     parser.value(u"clicks"_s).toInt(), parser.isSet(u"no-enrich"_s));
+        if (!figures)
+            return 1;
+        const qsizetype over16 = std::count_if(figures->frameMs.cbegin(), figures->frameMs.cend(),
+                                               [](double ms) { return ms > 16.7; });
+        std::printf("run %d: first grid frame %.0f ms; memory %.0f MB after launch, %.0f MB after scrolling; "
+                    "%lld frames while scrolling, median %.1f ms, 99th percentile %.1f ms, longest %.1f ms, "
+                    "%lld over 16.7 ms\n",
+                    run + 1, figures->launchMs, figures->residentAfterLaunchMb, figures->residentAfterScrollMb,
+                    qlonglong(figures->frameMs.size()), percentile(figures->frameMs, 0.5),
+                    percentile(figures->frameMs, 0.99), percentile(figures->frameMs, 1.0), qlonglong(over16));
+        std::fflush(stdout);
+        launches.append(figures->launchMs);
+        frames.append(figures->frameMs);
+        residentAfterLaunch.append(figures->residentAfterLaunchMb);
+        residentAfterScroll.append(figures->residentAfterScrollMb);
+    }
+    std::printf("median of %d runs: first grid frame %.0f ms; memory %.0f MB after launch, %.0f MB after "
+                "scrolling; all frames while scrolling: median %.1f ms, 95th %.1f ms, 99th %.1f ms\n",
+                runs, percentile(launches, 0.5), percentile(residentAfterLaunch, 0.5),
+                percentile(residentAfterScroll, 0.5), percentile(frames, 0.5), percentile(frames, 0.95),
+                percentile(frames, 0.99));
+    return 0;
+}
