@@ -21,9 +21,9 @@
 #include "ingest/capture/captureflow.h"
 #include "ingest/capture/pendingclips.h"
 #include "ingest/import/libraryimporter.h"
+#include "search/searchservice.h"
 #include "surfaces/capture/capturepalette.h"
 #include "surfaces/capture/pendingshelf.h"
-#include "search/searchservice.h"
 #include "surfaces/enrichment/enrichmentprogress.h"
 #include "surfaces/gate/librarygate.h"
 #include "surfaces/qmlservices.h"
@@ -209,6 +209,7 @@ int runApplication(int argc, char **argv)
     // What the extension clips goes through the import pipeline to the capture card, the pending
     // clips or straight into the library.
     LibraryImporter importer(&store, &settings);
+    QObject::connect(&importer, &LibraryImporter::enrichmentWanted, &enrichment, &EnrichmentService::enqueue);
     CapturePalette capturePalette(&store, &settings);
     capturePalette.setEngine(&engine);
     PendingClips pendingClips;
