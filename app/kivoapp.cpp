@@ -18,8 +18,12 @@
 #include "core/store.h"
 #include "core/systemlog.h"
 #include "ingest/bridge/bridgeservice.h"
-#include "search/searchservice.h"
+#include "ingest/capture/captureflow.h"
+#include "ingest/capture/pendingclips.h"
 #include "ingest/import/libraryimporter.h"
+#include "search/searchservice.h"
+#include "surfaces/capture/capturepalette.h"
+#include "surfaces/capture/pendingshelf.h"
 #include "surfaces/enrichment/enrichmentprogress.h"
 #include "surfaces/gate/librarygate.h"
 #include "surfaces/import/importcontroller.h"
@@ -208,6 +212,24 @@ int runApplication(int argc, char **argv)
 
     // The browser extension's bridge (127.0.0.1:17894): up after the window, down at quit.
     BridgeService bridge(settings, store);
+
+    // What the extension clips goes through the same importer to the capture card, the pending
+    // clips or straight into the library.
+    CapturePalette capturePalette(&store, &settings);
+    capturePalette.setEngine(&engine);
+    PendingClips pendingClips;
+    CaptureFlow captureFlow(&store, &settings, &importer, &pendingClips);
+    captureFlow.setCardHost(&capturePalette);
+    QObject::connect(&importer, &LibraryImporter::captureCardWanted, &capturePalette,
+                     [&capturePalette](const LibraryItem &item) { capturePalette.presentItem(item.id); });
+    captureFlow.setClipSessionFlag([&bridge](bool active) { bridge.server().setClipSessionActive(active); });
+    PendingShelf pendingShelf(&pendingClips, &store, &captureFlow);
+    pendingShelf.setEngine(&engine);
+    LibraryBridgeHandler &bridgeHandler = bridge.handler();
+    QObject::connect(&bridgeHandler, &LibraryBridgeHandler::clipArrived, &captureFlow, &CaptureFlow::clip);
+    QObject::connect(&bridgeHandler, &LibraryBridgeHandler::captureArrived, &captureFlow, &CaptureFlow::capture);
+    QObject::connect(&bridgeHandler, &LibraryBridgeHandler::clipSessionEndRequested, &captureFlow,
+                     &CaptureFlow::endClipSession);
 
     TrayIcon tray;
     QObject::connect(&tray, &TrayIcon::openRequested, &tray, showMainWindow);

@@ -1,0 +1,7 @@
+#include "ingest/capture/capturecardhost.h"
+
+namespace kivo {
+
+CaptureCardHost::~CaptureCardHost() = default;
+
+} // namespace kivo
