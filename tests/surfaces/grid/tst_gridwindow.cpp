@@ -9,8 +9,11 @@
 #include "core/media/thumbnailservice.h"
 #include "core/records.h"
 #include "core/store.h"
+#include "ingest/import/libraryimporter.h"
+#include "surfaces/enrichment/enrichmentprogress.h"
 #include "surfaces/grid/gridcontroller.h"
 #include "surfaces/grid/masonryview.h"
+#include "surfaces/import/importcontroller.h"
 #include "surfaces/qmlservices.h"
 #include "surfaces/theme/appearancecontroller.h"
 #include "surfaces/thumbnails/thumbnailprovider.h"
@@ -106,6 +109,9 @@ struct GridWindow {
     kivo::AppSettings settings;
     kivo::AppearanceController appearance;
     std::unique_ptr<kivo::Store> store;
+    std::unique_ptr<kivo::LibraryImporter> importer;
+    std::unique_ptr<kivo::ImportController> imports;
+    kivo::EnrichmentProgress reading;
     std::shared_ptr<kivo::ThumbnailService> thumbnails = std::make_shared<kivo::ThumbnailService>();
     std::unique_ptr<QQmlApplicationEngine> engine;
     QQuickWindow *window = nullptr;
@@ -122,6 +128,10 @@ struct GridWindow {
         store = std::make_unique<kivo::Store>(&settings);
         store->initialise();
         kivo::QmlServices::publishStore(store.get());
+        importer = std::make_unique<kivo::LibraryImporter>(store.get(), &settings);
+        imports = std::make_unique<kivo::ImportController>(importer.get());
+        kivo::QmlServices::publishImporter(imports.get());
+        kivo::QmlServices::publishEnrichmentProgress(&reading);
         engine = std::make_unique<QQmlApplicationEngine>();
         kivo::QmlServices::prepareEngine(*engine);
         engine->addImageProvider(u"thumb"_s,
