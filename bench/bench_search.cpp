@@ -1,12 +1,14 @@
 // Times the library search on a big library (made by `kivo demo`): word queries through the text
 // index and tags, and colour queries that scan every stored palette, each fused as the window
-// fuses them. Prints the median and the worst of each query and of each group, and exits with 1
+// fuses them. Prints the median and the worst of each query and of each group (and a digest of the
+// ids found, in order, so that two builds can be shown to answer alike), and exits with 1
 // when a group's median is over its goal (words 30 ms, colours 100 ms).
 
 #include "core/database.h"
 #include "search/librarysearch.h"
 
 #include <QCoreApplication>
+#include <QCryptographicHash>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QTextStream>
@@ -27,6 +29,7 @@ struct Figures {
     double worst = 0;
     double cpuMedian = 0;
     qsizetype rows = 0;
+    QString digest; ///< of the ids in their order, to show that a faster search found the same
 };
 
 /** Time this thread spent running, which a busy machine's other work does not inflate. */
@@ -49,6 +52,7 @@ Figures measure(DatabaseQueue &queue, const QString &query, int rounds)
     QList<double> times;
     QList<double> cpu;
     qsizetype rows = 0;
+    QString digest;
     for (int round = 0; round < rounds + 1; ++round) {
         QElapsedTimer clock;
         clock.start();
@@ -58,12 +62,16 @@ Figures measure(DatabaseQueue &queue, const QString &query, int rounds)
         const double ms = double(clock.nsecsElapsed()) / 1e6;
         const double cpuMs = threadCpuMs() - cpuStart;
         rows = found.size();
+        QCryptographicHash hash(QCryptographicHash::Sha1);
+        for (const LibraryItem &item : found)
+            hash.addData(item.id.toUtf8() + '\n');
+        digest = QString::fromLatin1(hash.result().toHex().left(12));
         if (round > 0) { // the first round warms the page cache
             times.append(ms);
             cpu.append(cpuMs);
         }
     }
-    return {medianOf(times), *std::max_element(times.cbegin(), times.cend()), medianOf(cpu), rows};
+    return {medianOf(times), *std::max_element(times.cbegin(), times.cend()), medianOf(cpu), rows, digest};
 }
 
 } // namespace
@@ -104,7 +112,7 @@ int main(int argc, char **argv)
             medians.append(figures.median);
             out << label << " \"" << query << "\": median " << QString::number(figures.median, 'f', 1) << " ms, worst "
                 << QString::number(figures.worst, 'f', 1) << " ms, CPU " << QString::number(figures.cpuMedian, 'f', 1)
-                << " ms, " << figures.rows << " rows" << Qt::endl;
+                << " ms, " << figures.rows << " rows (ids " << figures.digest << ")" << Qt::endl;
         }
         const double overall = medianOf(medians);
         out << label << " search, median of the queries' medians: " << QString::number(overall, 'f', 1) << " ms (goal "
