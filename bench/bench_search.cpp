@@ -6,6 +6,7 @@
 
 #include "core/database.h"
 #include "search/librarysearch.h"
+#include "search/palettecache.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -28,6 +29,7 @@ struct Figures {
     double median = 0;
     double worst = 0;
     double cpuMedian = 0;
+    double first = 0; ///< the warm-up round: for a colour query, the palettes are read then
     qsizetype rows = 0;
     QString digest; ///< of the ids in their order, to show that a faster search found the same
 };
@@ -46,19 +48,22 @@ double medianOf(QList<double> values)
     return values.isEmpty() ? 0 : values.at(values.size() / 2);
 }
 
-Figures measure(DatabaseQueue &queue, const QString &query, int rounds)
+Figures measure(DatabaseQueue &queue, const QString &query, int rounds, PaletteCache &palettes)
 {
     const LibrarySearch::Scope scope{SidebarSelection::all(), std::nullopt};
     QList<double> times;
     QList<double> cpu;
     qsizetype rows = 0;
     QString digest;
+    double first = 0;
     for (int round = 0; round < rounds + 1; ++round) {
         QElapsedTimer clock;
         clock.start();
         const double cpuStart = threadCpuMs();
         const QList<LibraryItem> found
-            = queue.read([&](Database &db) { return LibrarySearch::searchItems(db, query, {}, scope, nowSeconds()); });
+            = queue.read([&](Database &db) {
+                  return LibrarySearch::searchItems(db, query, {}, scope, nowSeconds(), &palettes);
+              });
         const double ms = double(clock.nsecsElapsed()) / 1e6;
         const double cpuMs = threadCpuMs() - cpuStart;
         rows = found.size();
@@ -69,9 +74,11 @@ Figures measure(DatabaseQueue &queue, const QString &query, int rounds)
         if (round > 0) { // the first round warms the page cache
             times.append(ms);
             cpu.append(cpuMs);
+        } else {
+            first = ms;
         }
     }
-    return {medianOf(times), *std::max_element(times.cbegin(), times.cend()), medianOf(cpu), rows, digest};
+    return {medianOf(times), *std::max_element(times.cbegin(), times.cend()), medianOf(cpu), first, rows, digest};
 }
 
 } // namespace
@@ -94,30 +101,35 @@ int main(int argc, char **argv)
     const std::shared_ptr<DatabaseQueue> queue = DatabaseQueue::open(database);
     const qint64 items
         = queue->read([](Database &db) { return db.fetchScalar(u"SELECT COUNT(*) FROM item"_s).toLongLong(); });
-    const qint64 palettes = queue->read([](Database &db) {
+    const qint64 paletteCount = queue->read([](Database &db) {
         return db.fetchScalar(u"SELECT COUNT(*) FROM item WHERE colors IS NOT NULL"_s).toLongLong();
     });
-    out << "library: " << items << " items, " << palettes << " palettes; " << rounds << " rounds per query" << Qt::endl;
+    out << "library: " << items << " items, " << paletteCount << " palettes; " << rounds << " rounds per query" << Qt::endl;
 
     // Words of the demo's titles, read text and tags, from rare to common, one and two words.
     const QStringList wordQueries{u"orchard"_s, u"foggy orchard"_s, u"kitchen"_s, u"studio"_s, u"neon ceramics"_s,
         u"github"_s, u"invoice"_s, u"img"_s};
     const QStringList colourQueries{u"red"_s, u"dark green"_s, u"blue"_s, u"white"_s, u"orange black"_s};
+    // Kept across the queries as the search service keeps it: the first colour query's first
+    // round reads the palettes, the rest test what is kept.
+    PaletteCache palettes;
     bool withinGoals = true;
     for (const auto &[label, queries, goal] :
         {std::tuple{u"word"_s, wordQueries, wordGoalMs}, std::tuple{u"colour"_s, colourQueries, colourGoalMs}}) {
         QList<double> medians;
         for (const QString &query : queries) {
-            const Figures figures = measure(*queue, query, rounds);
+            const Figures figures = measure(*queue, query, rounds, palettes);
             medians.append(figures.median);
             out << label << " \"" << query << "\": median " << QString::number(figures.median, 'f', 1) << " ms, worst "
                 << QString::number(figures.worst, 'f', 1) << " ms, CPU " << QString::number(figures.cpuMedian, 'f', 1)
-                << " ms, " << figures.rows << " rows (ids " << figures.digest << ")" << Qt::endl;
+                << " ms, first " << QString::number(figures.first, 'f', 1) << " ms, " << figures.rows << " rows (ids "
+                << figures.digest << ")" << Qt::endl;
         }
         const double overall = medianOf(medians);
         out << label << " search, median of the queries' medians: " << QString::number(overall, 'f', 1) << " ms (goal "
             << goal << " ms)" << Qt::endl;
         withinGoals = withinGoals && overall <= goal;
     }
+    out << "palettes read " << palettes.fills() << " time(s)" << Qt::endl;
     return withinGoals ? 0 : 1;
 }

@@ -2,6 +2,7 @@
 
 #include "core/systemlog.h"
 #include "search/librarysearch.h"
+#include "search/palettecache.h"
 #include "understanding/embeddinghooks.h"
 
 using namespace Qt::StringLiterals;
@@ -9,7 +10,11 @@ using namespace Qt::StringLiterals;
 namespace kivo {
 
 SearchService::SearchService(Store &store, QObject *parent)
-    : QObject(parent), m_store(&store), m_clock(&nowSeconds), m_latest(std::make_shared<std::atomic<quint64>>(0))
+    : QObject(parent)
+    , m_store(&store)
+    , m_palettes(std::make_shared<PaletteCache>())
+    , m_clock(&nowSeconds)
+    , m_latest(std::make_shared<std::atomic<quint64>>(0))
 {
     // One search reads at a time; a stale one still queued skips its work when its turn comes.
     m_workers.setMaxThreadCount(1);
@@ -68,7 +73,8 @@ void SearchService::start(const SearchRequest &request)
     const LibrarySearch::Scope scope{request.selection, request.inboxId};
     const double now = m_clock();
     QPointer<SearchService> self(this);
-    m_workers.start([self, queue, request, scope, now, latest = m_latest, meaning = m_meaningIndex] {
+    m_workers.start([self, queue, request, scope, now, latest = m_latest, meaning = m_meaningIndex,
+                         palettes = m_palettes] {
         const auto stale = [&] { return latest->load() != request.generation; };
         if (stale())
             return;
@@ -79,7 +85,9 @@ void SearchService::start(const SearchRequest &request)
         QString failure;
         try {
             rows = queue->read(
-                [&](Database &db) { return LibrarySearch::searchItems(db, request.text, semantic, scope, now); });
+                [&](Database &db) {
+                return LibrarySearch::searchItems(db, request.text, semantic, scope, now, palettes.get());
+            });
         } catch (const std::exception &error) {
             failure = errorText(error);
         }
