@@ -83,7 +83,7 @@ QList<SearchHit> meaningList(Database &db, const QStringList &semanticIds, const
 
 } // namespace
 
-QList<SearchHit> wordList(Database &db, const QString &query, const Scope &scope)
+QList<SearchHit> wordList(Database &db, const QString &query, const Scope &scope, RowsRead *rowsRead)
 {
     const auto words = WordQuery::parse(query);
     const auto clause = ItemQueries::scopeClause(scope.selection, scope.inboxId);
@@ -91,24 +91,50 @@ QList<SearchHit> wordList(Database &db, const QString &query, const Scope &scope
         return {};
     const SqlQuery tags = words->tagStatement();
     const bool withTags = db.fetchScalar(tags.sql, tags.arguments).isValid();
-    const SqlQuery statement = words->statement(*clause, withTags);
     const QString lowered = query.toLower();
+    const auto inTitle = [&](const std::optional<QString> &title) { return title && title->toLower().contains(lowered); };
+
+    struct Found {
+        SearchHit hit;
+        bool inTitle = false;
+    };
+    QList<Found> found;
+    bool ordered = true;
+    if (rowsRead) {
+        // Whole rows in one pass, put newest first here: sorting whole rows in SQLite costs more
+        // than reading them. Only equal times of adding leave the order to the database's sort,
+        // which the ordered statement below then gives.
+        const SqlQuery statement = words->statement(*clause, withTags, WordQuery::Columns::wholeRows);
+        db.forEach(statement.sql, statement.arguments, [&](const Row &row) {
+            LibraryItem item = LibraryItem::fromRow(row);
+            const qint64 rowid = row.integer("rowid");
+            found.append({SearchHit{rowid, item.id, item.addedAt, item.openCount, item.lastOpenedAt}, inTitle(item.title)});
+            rowsRead->insert(rowid, std::move(item));
+        });
+        std::sort(found.begin(), found.end(), [](const Found &a, const Found &b) { return a.hit.addedAt > b.hit.addedAt; });
+        ordered = std::adjacent_find(found.cbegin(), found.cend(), [](const Found &a, const Found &b) {
+            return a.hit.addedAt == b.hit.addedAt;
+        }) == found.cend();
+    }
+    if (!ordered || !rowsRead) {
+        found.clear();
+        const SqlQuery statement = words->statement(*clause, withTags, WordQuery::Columns::hitsNewestFirst);
+        db.forEach(statement.sql, statement.arguments,
+            [&](const Row &row) { found.append({SearchHit::fromRow(row), inTitle(row.optionalText("title"))}); });
+    }
     QList<SearchHit> titled;
     QList<SearchHit> others;
-    db.forEach(statement.sql, statement.arguments, [&](const Row &row) {
-        const std::optional<QString> title = row.optionalText("title");
-        const bool inTitle = title && title->toLower().contains(lowered);
-        (inTitle ? titled : others).append(SearchHit::fromRow(row));
-    });
+    for (Found &entry : found)
+        (entry.inTitle ? titled : others).append(std::move(entry.hit));
     titled.append(std::move(others));
     return titled;
 }
 
 Lists lists(Database &db, const QString &query, const QStringList &semanticIds, const Scope &scope, double now,
-    PaletteCache *palettes)
+    PaletteCache *palettes, RowsRead *rowsRead)
 {
     Lists found;
-    found.words = wordList(db, query, scope);
+    found.words = wordList(db, query, scope, rowsRead);
 
     const QStringList colourWords = ColorSearch::colourWords(query);
     const bool useMeaning = !semanticIds.isEmpty() && !ColorSearch::isColourQuery(query);
@@ -145,16 +171,25 @@ QList<SearchHit> fuse(const Lists &lists)
         fusionK);
 }
 
-QList<LibraryItem> rowsOf(Database &db, const QList<SearchHit> &hits)
+QList<LibraryItem> rowsOf(Database &db, const QList<SearchHit> &hits, RowsRead *rowsRead)
 {
-    // Rows are read in rowid order, a stretch of the table at a time, and put in their places.
-    QList<std::pair<qint64, qsizetype>> byRow;
-    byRow.reserve(hits.size());
-    for (qsizetype place = 0; place < hits.size(); ++place)
-        byRow.append({hits.at(place).rowid, place});
-    std::sort(byRow.begin(), byRow.end());
     QList<LibraryItem> placed(hits.size());
     QList<bool> read(hits.size(), false);
+    // Rows not read yet are read in rowid order, a stretch of the table at a time.
+    QList<std::pair<qint64, qsizetype>> byRow;
+    byRow.reserve(hits.size());
+    for (qsizetype place = 0; place < hits.size(); ++place) {
+        const qint64 rowid = hits.at(place).rowid;
+        const auto kept = rowsRead ? rowsRead->find(rowid) : RowsRead::iterator();
+        if (rowsRead && kept != rowsRead->end()) {
+            placed[place] = std::move(*kept);
+            read[place] = true;
+            rowsRead->erase(kept);
+        } else {
+            byRow.append({rowid, place});
+        }
+    }
+    std::sort(byRow.begin(), byRow.end());
     for (qsizetype start = 0; start < byRow.size(); start += ItemQueries::maxListLength) {
         const qsizetype count = std::min(ItemQueries::maxListLength, byRow.size() - start);
         QVariantList arguments;
@@ -204,7 +239,8 @@ QStringList semanticIds(MeaningIndex *index, const QString &text, const std::sha
 QList<LibraryItem> searchItems(Database &db, const QString &query, const QStringList &semanticIds, const Scope &scope,
     double now, PaletteCache *palettes)
 {
-    return rowsOf(db, fuse(lists(db, query, semanticIds, scope, now, palettes)));
+    RowsRead rowsRead;
+    return rowsOf(db, fuse(lists(db, query, semanticIds, scope, now, palettes, &rowsRead)), &rowsRead);
 }
 
 } // namespace kivo::LibrarySearch

@@ -4,6 +4,7 @@
 #include "core/sidebarselection.h"
 #include "search/searchhit.h"
 
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -57,26 +58,35 @@ struct Lists {
     QList<SearchHit> use;
 };
 
+/** Whole rows a search has read already, by rowid, so that none is read twice. */
+using RowsRead = QHash<qint64, LibraryItem>;
+
 /**
  * The word list: live items in scope whose title, note, text read from the picture or caption
  * match every word as a prefix, or with a tag holding the first word. Items whose title holds the
- * whole query come first; within each group, newest first. Empty without usable words.
+ * whole query come first; within each group, newest first. Empty without usable words. With
+ * `rowsRead`, the hits' whole rows are read in the same pass and kept there.
  */
-[[nodiscard]] QList<SearchHit> wordList(Database &db, const QString &query, const Scope &scope);
+[[nodiscard]] QList<SearchHit> wordList(
+    Database &db, const QString &query, const Scope &scope, RowsRead *rowsRead = nullptr);
 
 /**
  * The four lists for `query` inside `scope`. `semanticIds` is the meaning ranking (empty while
  * the AI pack is absent); `now` (seconds since 1970) ages the openings; `palettes`, when given,
- * keeps the stored palettes between searches. Runs inside one read.
+ * keeps the stored palettes between searches; `rowsRead` keeps the whole rows read on the way.
+ * Runs inside one read.
  */
 [[nodiscard]] Lists lists(Database &db, const QString &query, const QStringList &semanticIds, const Scope &scope,
-    double now, PaletteCache *palettes = nullptr);
+    double now, PaletteCache *palettes = nullptr, RowsRead *rowsRead = nullptr);
 
 /** The lists fused with their weights, in the order word, meaning, colour, use. */
 [[nodiscard]] QList<SearchHit> fuse(const Lists &lists);
 
-/** The whole rows of `hits`, in their order; a hit whose row has gone is left out. */
-[[nodiscard]] QList<LibraryItem> rowsOf(Database &db, const QList<SearchHit> &hits);
+/**
+ * The whole rows of `hits`, in their order, taken from `rowsRead` when they are there and read
+ * otherwise; a hit whose row has gone is left out.
+ */
+[[nodiscard]] QList<LibraryItem> rowsOf(Database &db, const QList<SearchHit> &hits, RowsRead *rowsRead = nullptr);
 
 /**
  * The meaning ranking of a text: the ids of the nearest pictures whose score is above the floor,
