@@ -19,6 +19,8 @@ SearchService::SearchService(Store &store, QObject *parent)
     // One search reads at a time; a stale one still queued skips its work when its turn comes.
     m_workers.setMaxThreadCount(1);
     m_debounce.setSingleShot(true);
+    // A coarse timer may fire up to 5% early, which would cut the typing pause short.
+    m_debounce.setTimerType(Qt::PreciseTimer);
     m_debounce.setInterval(LibrarySearch::debounce);
     connect(&m_debounce, &QTimer::timeout, this, [this] {
         if (auto request = std::exchange(m_waiting, std::nullopt))
