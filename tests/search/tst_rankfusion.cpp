@@ -25,11 +25,16 @@ LibraryItem item(const QString &id, double addedAt = 0, const QString &title = {
 }
 
 
+/** Narrow rows as a search ranks them; an id has the same rowid in every list, as in a library. */
 QList<SearchHit> hits(const QStringList &ids)
 {
+    static QHash<QString, qint64> rowids;
     QList<SearchHit> made;
-    for (const QString &id : ids)
-        made.append(SearchHit{0, id, 0, 0, std::nullopt});
+    for (const QString &id : ids) {
+        const qint64 rowid = rowids.value(id, rowids.size() + 1);
+        rowids.insert(id, rowid);
+        made.append(SearchHit{rowid, id, 0, 0, std::nullopt});
+    }
     return made;
 }
 
