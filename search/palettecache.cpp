@@ -21,15 +21,18 @@ PaletteCache::State PaletteCache::stateOf(Database &db)
 void PaletteCache::fill(Database &db)
 {
     m_entries.clear();
+    m_otherForms.clear();
     db.forEach(u"SELECT rowid, id, addedAt, openCount, lastOpenedAt, colors FROM item "
                "WHERE deletedAt IS NULL AND colors IS NOT NULL"_s,
         {}, [&](const Row &row) {
-            Entry entry{SearchHit::fromRow(row), 0, std::nullopt};
+            Entry entry{SearchHit::fromRow(row), 0, true};
             const QString colors = row.text("colors");
-            if (const std::optional<quint64> mask = ColourMatcher::swatchMask(colors))
+            if (const std::optional<quint64> mask = ColourMatcher::swatchMask(colors)) {
                 entry.swatches = *mask;
-            else
-                entry.otherForm = colors;
+            } else {
+                entry.compact = false;
+                m_otherForms.insert(m_entries.size(), colors);
+            }
             m_entries.append(std::move(entry));
         });
     m_entries.squeeze();
@@ -45,8 +48,9 @@ QList<SearchHit> PaletteCache::matching(Database &db, const ColourMatcher &match
         m_state = now;
     }
     QList<SearchHit> found;
-    for (const Entry &entry : std::as_const(m_entries)) {
-        if (entry.otherForm ? matcher.matches(*entry.otherForm) : matcher.matchesMask(entry.swatches))
+    for (qsizetype i = 0; i < m_entries.size(); ++i) {
+        const Entry &entry = m_entries.at(i);
+        if (entry.compact ? matcher.matchesMask(entry.swatches) : matcher.matches(m_otherForms.value(i)))
             found.append(entry.hit);
     }
     return found;

@@ -3,6 +3,7 @@
 #include "search/searchhit.h"
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 #include <QString>
 
@@ -33,8 +34,7 @@ private:
     struct Entry {
         SearchHit hit;
         quint64 swatches = 0;
-        /** The stored text when it is not in the compact form, for the general match. */
-        std::optional<QString> otherForm;
+        bool compact = true;
     };
     /** What the database looked like when the palettes were read. */
     struct State {
@@ -51,6 +51,8 @@ private:
     mutable std::mutex m_mutex;
     std::optional<State> m_state;
     QList<Entry> m_entries;
+    /** The stored texts not in the compact form, by entry, for the general match; few or none. */
+    QHash<qsizetype, QString> m_otherForms;
     int m_fills = 0;
 };
 
