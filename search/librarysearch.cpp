@@ -51,10 +51,10 @@ QList<SearchHit> colourList(Database &db, const QStringList &colourWords, const 
 {
     const ColourMatcher matcher(colourWords);
     QList<SearchHit> found = palettes.matching(db, matcher);
-    if (ids) {
+    if (ids)
         found.removeIf([&](const SearchHit &hit) { return !ids->contains(hit.id); });
-    }
-    // The palettes are kept in no order, so the matches are put newest first here.
+    // The palettes are kept in the table's order, so the matches are put newest first here (and
+    // items added at the same moment stay in the table's order, as a scan would give them).
     std::stable_sort(
         found.begin(), found.end(), [](const SearchHit &a, const SearchHit &b) { return a.addedAt > b.addedAt; });
     return found;

@@ -23,7 +23,7 @@ void PaletteCache::fill(Database &db)
     m_entries.clear();
     m_otherForms.clear();
     db.forEach(u"SELECT rowid, id, addedAt, openCount, lastOpenedAt, colors FROM item "
-               "WHERE deletedAt IS NULL AND colors IS NOT NULL"_s,
+               "WHERE deletedAt IS NULL AND colors IS NOT NULL ORDER BY rowid"_s,
         {}, [&](const Row &row) {
             Entry entry{SearchHit::fromRow(row), 0, true};
             const QString colors = row.text("colors");

@@ -24,7 +24,7 @@ class Database;
 class PaletteCache
 {
 public:
-    /** The live items whose palette matches, in no order, each as a SearchHit. */
+    /** The live items whose palette matches, in the table's (rowid) order, each as a SearchHit. */
     [[nodiscard]] QList<SearchHit> matching(Database &db, const ColourMatcher &matcher);
 
     /** How many times the palettes have been read; for tests and measurements. */
