@@ -394,7 +394,9 @@ std::shared_ptr<DatabaseQueue> DatabaseQueue::openUnmigrated(const QString &path
     }
     sqlite3_extended_result_codes(connection, 1);
     std::shared_ptr<DatabaseQueue> queue(new DatabaseQueue(path, connection));
-    queue->barrier([](Database &db) { db.executeScript(u"PRAGMA foreign_keys = ON"_s); });
+    // Reads map the file rather than copy each page out of the system's cache into SQLite's small
+    // one: a search that reads thousands of rows spent a third of its time in those copies.
+    queue->barrier([](Database &db) { db.executeScript(u"PRAGMA foreign_keys = ON; PRAGMA mmap_size = 1073741824"_s); });
     return queue;
 }
 

@@ -18,11 +18,16 @@ constexpr qsizetype entryLength = 9;
 
 ColourMatcher::ColourMatcher(const QStringList &words) : m_words(words)
 {
+    const auto &table = ColorSearch::swatches();
+    static_assert(sizeof(quint64) * 8 >= 64);
+    Q_ASSERT(table.size() <= 64);
     for (const QString &word : words) {
-        const auto &table = ColorSearch::swatches();
         const auto found = std::find_if(table.cbegin(), table.cend(),
             [&](const ColorSearch::Swatch &swatch) { return swatch.names.contains(word); });
-        m_swatches.append(found == table.cend() ? nullptr : &*found);
+        if (found == table.cend())
+            m_allNamed = false;
+        else
+            m_wanted |= quint64(1) << (found - table.cbegin());
     }
 }
 
@@ -53,22 +58,38 @@ bool ColourMatcher::readCompact(QStringView text, QList<HsbColour> &leading)
     return true;
 }
 
+std::optional<quint64> ColourMatcher::swatchMask(QStringView colorsText)
+{
+    QList<HsbColour> leading;
+    leading.reserve(leadingColours);
+    if (colorsText.isEmpty() || !readCompact(colorsText, leading))
+        return std::nullopt;
+    const auto &table = ColorSearch::swatches();
+    quint64 mask = 0;
+    for (qsizetype i = 0; i < table.size(); ++i) {
+        const ColorSearch::Swatch &swatch = table.at(i);
+        if (std::any_of(leading.cbegin(), leading.cend(), [&](const HsbColour &colour) {
+                return swatch.contains(colour.hue, colour.saturation, colour.brightness);
+            }))
+            mask |= quint64(1) << i;
+    }
+    return mask;
+}
+
+bool ColourMatcher::matchesMask(quint64 mask) const
+{
+    return !m_words.isEmpty() && m_allNamed && (mask & m_wanted) == m_wanted;
+}
+
 bool ColourMatcher::matches(QStringView colorsText) const
 {
     if (m_words.isEmpty() || colorsText.isEmpty())
         return false;
-    QList<HsbColour> leading;
-    leading.reserve(leadingColours);
-    if (!readCompact(colorsText, leading)) {
-        const QStringList palette = ColorPalette::decodePalette(colorsText.toString());
-        return std::all_of(m_words.cbegin(), m_words.cend(),
-            [&](const QString &word) { return ColorSearch::matchIndex(palette, word).has_value(); });
-    }
-    return std::all_of(m_swatches.cbegin(), m_swatches.cend(), [&](const ColorSearch::Swatch *swatch) {
-        return swatch && std::any_of(leading.cbegin(), leading.cend(), [&](const HsbColour &colour) {
-            return swatch->contains(colour.hue, colour.saturation, colour.brightness);
-        });
-    });
+    if (const std::optional<quint64> mask = swatchMask(colorsText))
+        return matchesMask(*mask);
+    const QStringList palette = ColorPalette::decodePalette(colorsText.toString());
+    return std::all_of(m_words.cbegin(), m_words.cend(),
+        [&](const QString &word) { return ColorSearch::matchIndex(palette, word).has_value(); });
 }
 
 } // namespace kivo

@@ -2,7 +2,9 @@
 
 #include "core/records.h"
 #include "core/sidebarselection.h"
+#include "search/searchhit.h"
 
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -16,12 +18,14 @@ namespace kivo {
 class Database;
 class DatabaseQueue;
 class MeaningIndex;
+class PaletteCache;
 
 /**
  * The library search: one typed line answered with one ranked list. Four rankings are made
  * inside the current selection — the words (text and tags), the meaning (image embeddings, once
  * the AI pack is in), the colours named, and how often and how lately each found thing was
- * opened — and fused by weighted reciprocal rank.
+ * opened — and fused by weighted reciprocal rank. The rankings read narrow rows (SearchHit); only
+ * the fused result is read in full, once per item.
  */
 namespace LibrarySearch {
 
@@ -48,28 +52,41 @@ struct Scope {
 
 /** The four rankings of one search, each best first. */
 struct Lists {
-    QList<LibraryItem> words;
-    QList<LibraryItem> meaning;
-    QList<LibraryItem> colours;
-    QList<LibraryItem> use;
+    QList<SearchHit> words;
+    QList<SearchHit> meaning;
+    QList<SearchHit> colours;
+    QList<SearchHit> use;
 };
+
+/** Whole rows a search has read already, by rowid, so that none is read twice. */
+using RowsRead = QHash<qint64, LibraryItem>;
 
 /**
  * The word list: live items in scope whose title, note, text read from the picture or caption
  * match every word as a prefix, or with a tag holding the first word. Items whose title holds the
- * whole query come first; within each group, newest first. Empty without usable words.
+ * whole query come first; within each group, newest first. Empty without usable words. With
+ * `rowsRead`, the hits' whole rows are read in the same pass and kept there.
  */
-[[nodiscard]] QList<LibraryItem> wordList(Database &db, const QString &query, const Scope &scope);
+[[nodiscard]] QList<SearchHit> wordList(
+    Database &db, const QString &query, const Scope &scope, RowsRead *rowsRead = nullptr);
 
 /**
  * The four lists for `query` inside `scope`. `semanticIds` is the meaning ranking (empty while
- * the AI pack is absent); `now` (seconds since 1970) ages the openings. Runs inside one read.
+ * the AI pack is absent); `now` (seconds since 1970) ages the openings; `palettes`, when given,
+ * keeps the stored palettes between searches; `rowsRead` keeps the whole rows read on the way.
+ * Runs inside one read.
  */
-[[nodiscard]] Lists lists(
-    Database &db, const QString &query, const QStringList &semanticIds, const Scope &scope, double now);
+[[nodiscard]] Lists lists(Database &db, const QString &query, const QStringList &semanticIds, const Scope &scope,
+    double now, PaletteCache *palettes = nullptr, RowsRead *rowsRead = nullptr);
 
 /** The lists fused with their weights, in the order word, meaning, colour, use. */
-[[nodiscard]] QList<LibraryItem> fuse(const Lists &lists);
+[[nodiscard]] QList<SearchHit> fuse(const Lists &lists);
+
+/**
+ * The whole rows of `hits`, in their order, taken from `rowsRead` when they are there and read
+ * otherwise; a hit whose row has gone is left out.
+ */
+[[nodiscard]] QList<LibraryItem> rowsOf(Database &db, const QList<SearchHit> &hits, RowsRead *rowsRead = nullptr);
 
 /**
  * The meaning ranking of a text: the ids of the nearest pictures whose score is above the floor,
@@ -79,9 +96,9 @@ struct Lists {
 [[nodiscard]] QStringList semanticIds(
     MeaningIndex *index, const QString &text, const std::shared_ptr<DatabaseQueue> &db);
 
-/** `fuse(lists(...))`: the rows a search shows, in their order. */
-[[nodiscard]] QList<LibraryItem> searchItems(
-    Database &db, const QString &query, const QStringList &semanticIds, const Scope &scope, double now);
+/** `rowsOf(fuse(lists(...)))`: the rows a search shows, in their order. */
+[[nodiscard]] QList<LibraryItem> searchItems(Database &db, const QString &query, const QStringList &semanticIds,
+    const Scope &scope, double now, PaletteCache *palettes = nullptr);
 
 } // namespace LibrarySearch
 } // namespace kivo

@@ -2,6 +2,7 @@
 
 #include "core/systemlog.h"
 #include "search/librarysearch.h"
+#include "search/palettecache.h"
 #include "understanding/embeddinghooks.h"
 
 using namespace Qt::StringLiterals;
@@ -9,12 +10,16 @@ using namespace Qt::StringLiterals;
 namespace kivo {
 
 SearchService::SearchService(Store &store, QObject *parent)
-    : QObject(parent), m_store(&store), m_clock(&nowSeconds), m_latest(std::make_shared<std::atomic<quint64>>(0))
+    : QObject(parent)
+    , m_store(&store)
+    , m_palettes(std::make_shared<PaletteCache>())
+    , m_clock(&nowSeconds)
+    , m_latest(std::make_shared<std::atomic<quint64>>(0))
 {
     // One search reads at a time; a stale one still queued skips its work when its turn comes.
     m_workers.setMaxThreadCount(1);
     m_debounce.setSingleShot(true);
-    // A coarse timer may fire up to 5 % early; the typing pause is a promise to the person typing.
+    // A coarse timer may fire up to 5% early, which would cut the typing pause short.
     m_debounce.setTimerType(Qt::PreciseTimer);
     m_debounce.setInterval(LibrarySearch::debounce);
     connect(&m_debounce, &QTimer::timeout, this, [this] {
@@ -70,7 +75,8 @@ void SearchService::start(const SearchRequest &request)
     const LibrarySearch::Scope scope{request.selection, request.inboxId};
     const double now = m_clock();
     QPointer<SearchService> self(this);
-    m_workers.start([self, queue, request, scope, now, latest = m_latest, meaning = m_meaningIndex] {
+    m_workers.start([self, queue, request, scope, now, latest = m_latest, meaning = m_meaningIndex,
+                         palettes = m_palettes] {
         const auto stale = [&] { return latest->load() != request.generation; };
         if (stale())
             return;
@@ -81,7 +87,9 @@ void SearchService::start(const SearchRequest &request)
         QString failure;
         try {
             rows = queue->read(
-                [&](Database &db) { return LibrarySearch::searchItems(db, request.text, semantic, scope, now); });
+                [&](Database &db) {
+                return LibrarySearch::searchItems(db, request.text, semantic, scope, now, palettes.get());
+            });
         } catch (const std::exception &error) {
             failure = errorText(error);
         }

@@ -15,13 +15,15 @@
 namespace kivo {
 
 class MeaningIndex;
+class PaletteCache;
 
 /**
  * The search behind the Store's search field. The Store hands it a request whenever its rows
  * would come from a search; a keystroke waits out the debounce first, every other trigger runs
  * at once. The meaning list and the fused query run on a worker, off the main thread, and the
  * rows go back to the Store only if no newer reload has happened since, so an older search can
- * never overwrite a newer one.
+ * never overwrite a newer one. The stored palettes are kept between searches and read again only
+ * after the library has changed.
  */
 class SearchService : public QObject
 {
@@ -52,6 +54,7 @@ private:
 
     QPointer<Store> m_store;
     std::shared_ptr<MeaningIndex> m_meaningIndex;
+    std::shared_ptr<PaletteCache> m_palettes;
     std::function<double()> m_clock;
     QTimer m_debounce;
     std::optional<SearchRequest> m_waiting;

@@ -39,23 +39,34 @@ QString WordQuery::tagPattern() const
     return u'%' + m_parts.constFirst() + u'%';
 }
 
-SqlQuery WordQuery::statement(const SqlQuery &scopeClause) const
+SqlQuery WordQuery::tagStatement() const
 {
-    // ### Two rewrites that keep the rows and their order but not the cost: the outer query reads
-    // one table, so each row comes once and DISTINCT (a sort of whole rows) is dropped; and the
-    // few tags whose name holds the word are found first, so the tag links are scanned once
-    // against that short list instead of looking up a tag for every link (itemTag has no index
-    // on tagId). On 100,000 items this takes a word search from about 60 ms to a few.
-    const QString sql = u"SELECT i.* FROM item i\n"
-                        "WHERE i.deletedAt IS NULL\n"
-                        "  AND (\n"
-                        "    i.rowid IN (SELECT rowid FROM itemFTS WHERE itemFTS MATCH ?)\n"
-                        "    OR i.id IN (SELECT it.itemId FROM itemTag it\n"
-                        "                WHERE it.tagId IN (SELECT t.id FROM tag t WHERE t.name LIKE ?))\n"
-                        "  )\n"
-                        "  "_s
-        + scopeClause.sql + u"\nORDER BY i.addedAt DESC"_s;
-    QVariantList arguments{matchExpression(), tagPattern()};
+    return SqlQuery{u"SELECT 1 FROM tag WHERE name LIKE ? LIMIT 1"_s, {tagPattern()}};
+}
+
+SqlQuery WordQuery::statement(const SqlQuery &scopeClause, bool withTags, Columns columns) const
+{
+    // The outer query reads one table, so each row comes once without a DISTINCT. The tag links
+    // have no index by tag, so matching them means reading every link: when no tag name holds
+    // the word (the usual case) the branch is left out, which finds the same rows. When one
+    // does, the few matching tags are found first and the links scanned once against them.
+    const QString read = columns == Columns::wholeRows
+        ? u"i.rowid, i.*"_s
+        : u"i.rowid, i.id, i.addedAt, i.openCount, i.lastOpenedAt, i.title"_s;
+    QString sql = u"SELECT "_s + read
+        + u" FROM item i\n"
+          "WHERE i.deletedAt IS NULL\n"
+          "  AND (\n"
+          "    i.rowid IN (SELECT rowid FROM itemFTS WHERE itemFTS MATCH ?)\n"_s;
+    QVariantList arguments{matchExpression()};
+    if (withTags) {
+        sql += u"    OR i.id IN (SELECT it.itemId FROM itemTag it\n"
+               "                WHERE it.tagId IN (SELECT t.id FROM tag t WHERE t.name LIKE ?))\n"_s;
+        arguments.append(tagPattern());
+    }
+    sql += u"  )\n  "_s + scopeClause.sql;
+    if (columns == Columns::hitsNewestFirst)
+        sql += u"\nORDER BY i.addedAt DESC"_s;
     arguments.append(scopeClause.arguments);
     return SqlQuery{sql, arguments};
 }

@@ -26,11 +26,20 @@ public:
     /** `%red%`: only the first part is looked for in tag names, as a substring. */
     [[nodiscard]] QString tagPattern() const;
 
+    /** What the word statement reads. */
+    enum class Columns {
+        hitsNewestFirst, ///< a SearchHit and the title, newest first
+        wholeRows, ///< the rowid and every column, in no order
+    };
+
+    /** Whether any tag name holds the tag pattern: one row when one does. */
+    [[nodiscard]] SqlQuery tagStatement() const;
+
     /**
-     * The statement of the word hits inside a selection: live items whose text matches or that
-     * carry a matching tag, narrowed by the selection's scope clause, newest first.
+     * The statement of the word hits inside a selection: live items whose text matches or, with
+     * `withTags`, that carry a matching tag, narrowed by the selection's scope clause.
      */
-    [[nodiscard]] SqlQuery statement(const SqlQuery &scopeClause) const;
+    [[nodiscard]] SqlQuery statement(const SqlQuery &scopeClause, bool withTags, Columns columns) const;
 
 private:
     explicit WordQuery(QStringList parts) : m_parts(std::move(parts)) { }

@@ -24,18 +24,25 @@ LibraryItem item(const QString &id, double addedAt = 0, const QString &title = {
     return made;
 }
 
-QList<LibraryItem> items(const QStringList &ids)
+
+/** Narrow rows as a search ranks them; an id has the same rowid in every list, as in a library. */
+QList<SearchHit> hits(const QStringList &ids)
 {
-    QList<LibraryItem> made;
-    for (const QString &id : ids)
-        made.append(item(id));
+    static QHash<QString, qint64> rowids;
+    QList<SearchHit> made;
+    for (const QString &id : ids) {
+        const qint64 rowid = rowids.value(id, rowids.size() + 1);
+        rowids.insert(id, rowid);
+        made.append(SearchHit{rowid, id, 0, 0, std::nullopt});
+    }
     return made;
 }
 
-QStringList idsOf(const QList<LibraryItem> &list)
+template<typename Item>
+QStringList idsOf(const QList<Item> &list)
 {
     QStringList ids;
-    for (const LibraryItem &entry : list)
+    for (const Item &entry : list)
         ids.append(entry.id);
     return ids;
 }
@@ -101,7 +108,7 @@ void TestRankFusion::fusesTheFourListsWithTheirWeights()
     QFETCH(QStringList, colours);
     QFETCH(QStringList, use);
     QFETCH(QStringList, expected);
-    const LibrarySearch::Lists lists{items(words), items(meaning), items(colours), items(use)};
+    const LibrarySearch::Lists lists{hits(words), hits(meaning), hits(colours), hits(use)};
     QCOMPARE(idsOf(LibrarySearch::fuse(lists)), expected);
 }
 
