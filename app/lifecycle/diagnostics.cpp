@@ -27,7 +27,7 @@ QMutex &writeMutex()
 QString folder()
 {
     QString state = qEnvironmentVariable("XDG_STATE_HOME");
-    // The base directory specification ignores relative paths.
+    // XDG base directories must be absolute; a relative XDG_STATE_HOME is not used.
     if (state.isEmpty() || QDir::isRelativePath(state))
         state = QDir::homePath() + u"/.local/state"_s;
     return state + u"/Kivo"_s;
