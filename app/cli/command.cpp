@@ -30,6 +30,21 @@ void CommandContext::printJson(const QJsonValue &value) const
     out << QString::fromUtf8(document.toJson(QJsonDocument::Compact)) << Qt::endl;
 }
 
+int CommandContext::printItems(const QList<LibraryItem> &items) const
+{
+    if (json) {
+        QJsonArray rows;
+        for (const LibraryItem &item : items)
+            rows.append(item.toJson());
+        printJson(rows);
+        return 0;
+    }
+    for (const LibraryItem &item : items)
+        out << item.id << u'\t' << item.kind << u'\t' << itemLabel(item) << u'\n';
+    out.flush();
+    return 0;
+}
+
 QString itemLabel(const LibraryItem &item)
 {
     for (const auto &candidate : {item.title, item.sourceURL, item.filePath}) {

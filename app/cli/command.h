@@ -22,6 +22,8 @@ struct CommandContext {
     int usageError(const QString &line) const;
     /** Prints a JSON value on one line of standard output. */
     void printJson(const QJsonValue &value) const;
+    /** Prints rows as a JSON array of records, or one line each (id, kind, label); returns 0. */
+    int printItems(const QList<LibraryItem> &items) const;
 };
 
 /** One headless command of the `kivo` binary. */

@@ -1,7 +1,6 @@
 #include "app/cli/command.h"
 #include "app/cli/headlessstore.h"
 
-#include <QJsonArray>
 
 using namespace Qt::StringLiterals;
 
@@ -56,17 +55,7 @@ public:
         else
             store.setSelection(*selection);
 
-        if (context.json) {
-            QJsonArray rows;
-            for (const LibraryItem &item : store.items())
-                rows.append(item.toJson());
-            context.printJson(rows);
-            return 0;
-        }
-        for (const LibraryItem &item : store.items())
-            context.out << item.id << u'\t' << item.kind << u'\t' << itemLabel(item) << u'\n';
-        context.out.flush();
-        return 0;
+        return context.printItems(store.items());
     }
 };
 

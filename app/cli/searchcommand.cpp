@@ -3,7 +3,6 @@
 #include "search/searchservice.h"
 
 #include <QEventLoop>
-#include <QJsonArray>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;
@@ -79,17 +78,7 @@ public:
         if (!answered)
             return context.fail(failure.isEmpty() ? u"the search did not answer"_s : u"search failed: "_s + failure);
 
-        if (context.json) {
-            QJsonArray rows;
-            for (const LibraryItem &item : store.items())
-                rows.append(item.toJson());
-            context.printJson(rows);
-            return 0;
-        }
-        for (const LibraryItem &item : store.items())
-            context.out << item.id << u'\t' << item.kind << u'\t' << itemLabel(item) << u'\n';
-        context.out.flush();
-        return 0;
+        return context.printItems(store.items());
     }
 };
 
