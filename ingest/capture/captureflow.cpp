@@ -1,6 +1,7 @@
 #include "ingest/capture/captureflow.h"
 
 #include "core/appsettings.h"
+#include "core/backgroundpriority.h"
 #include "core/database.h"
 #include "core/store.h"
 #include "core/systemlog.h"
@@ -249,6 +250,7 @@ void CaptureFlow::importPosterFrame(
     const std::optional<QString> target = run->target;
     // Decoding and storing the frame reads and hashes bytes: a worker's job.
     QFuture<ImportedItem> future = QtConcurrent::run([context = *context, address, title, target] {
+        lowerCurrentThreadPriority();
         const qsizetype comma = address.indexOf(u',');
         const QByteArray bytes = QByteArray::fromBase64(address.sliced(comma + 1).toLatin1());
         return ImportService::importImageData(context, bytes, title, target);

@@ -1,5 +1,6 @@
 #include "ingest/import/importbatch.h"
 
+#include "core/backgroundpriority.h"
 #include "core/systemlog.h"
 #include "ingest/import/libraryimporter.h"
 
@@ -93,6 +94,7 @@ void ImportBatch::start(const ImportContext &context, QThreadPool *pool)
             Qt::QueuedConnection);
     };
     pool->start([context, paths = m_paths, target = m_target, cancel = m_cancel, post] {
+        lowerCurrentThreadPriority();
         const QStringList files = expandImportPaths(paths);
         post([total = int(files.size())](ImportBatch &batch) { batch.noteTotal(total); });
         for (const QString &file : files) {

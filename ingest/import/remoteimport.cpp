@@ -1,5 +1,6 @@
 #include "ingest/import/remoteimport.h"
 
+#include "core/backgroundpriority.h"
 #include "core/database.h"
 #include "ingest/import/importservice.h"
 
@@ -203,6 +204,7 @@ void RemoteImportJob::store(const QString &mediaType, const QString &downloadPat
     // The worker resolves the job's own promise; the job is done with its part.
     QThreadPool::globalInstance()->start([promise = m_promise, context = m_context, request = m_request,
                                              address = m_address, mediaType, downloadPath, tooLarge] {
+        lowerCurrentThreadPriority();
         try {
             promise->addResult(storeDownload(context, request, address, mediaType, downloadPath, tooLarge));
         } catch (...) {

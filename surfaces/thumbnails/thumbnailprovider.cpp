@@ -1,5 +1,6 @@
 #include "surfaces/thumbnails/thumbnailprovider.h"
 
+#include "core/backgroundpriority.h"
 #include "core/database.h"
 #include "core/librarylocation.h"
 #include "core/media/thumbnailservice.h"
@@ -37,6 +38,7 @@ public:
 
     void run() override
     {
+        lowerCurrentThreadPriority();
         QImage image;
         QString error;
         if (m_cancelled->load()) {

@@ -1,5 +1,6 @@
 #include "understanding/enrichment/enrichmentservice.h"
 
+#include "core/backgroundpriority.h"
 #include "core/database.h"
 #include "core/launchoptions.h"
 #include "core/media/thumbnailer.h"
@@ -55,6 +56,8 @@ EnrichmentService::EnrichmentService(bool disabled, QObject *parent) : QObject(p
     m_context = new QObject;
     m_context->moveToThread(&m_thread);
     connect(&m_thread, &QThread::finished, m_context, &QObject::deleteLater);
+    // Runs on the new thread itself: reading pictures gives way to the window.
+    connect(&m_thread, &QThread::started, m_context, &lowerCurrentThreadPriority, Qt::DirectConnection);
     m_thread.start(QThread::LowPriority);
 }
 

@@ -1,5 +1,6 @@
 #include "understanding/enrichment/itemenricher.h"
 
+#include "core/backgroundpriority.h"
 #include "core/database.h"
 #include "core/librarylocation.h"
 #include "core/systemlog.h"
@@ -119,10 +120,14 @@ ItemEnricher::Outcome ItemEnricher::markUnreadable(const LibraryItem &item)
 ItemEnricher::Outcome ItemEnricher::readPicture(const LibraryItem &item, const QImage &picture)
 {
     const std::shared_ptr<const ImageClassifier> classifier = m_hooks.classifier;
-    QFuture<QStringList> labels = QtConcurrent::run(
-        &m_vision, [classifier, picture] { return classifier ? classifier->classify(picture) : QStringList(); });
-    QFuture<std::optional<QString>> text
-        = QtConcurrent::run(&m_vision, [picture] { return TextRecognizer::recognizeText(picture); });
+    QFuture<QStringList> labels = QtConcurrent::run(&m_vision, [classifier, picture] {
+        lowerCurrentThreadPriority();
+        return classifier ? classifier->classify(picture) : QStringList();
+    });
+    QFuture<std::optional<QString>> text = QtConcurrent::run(&m_vision, [picture] {
+        lowerCurrentThreadPriority();
+        return TextRecognizer::recognizeText(picture);
+    });
     const QStringList palette = ColorPalette::extractPalette(picture, paletteSize);
     QStringList tags = labels.result();
     const std::optional<QString> ocrText = text.result();
