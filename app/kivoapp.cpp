@@ -167,6 +167,8 @@ int runApplication(int argc, char **argv)
     SystemDesktop desktop;
     Store store(&settings);
     store.setDesktop(&desktop);
+    store.setCollectionCountsInBackground(true);
+    store.setFirstRowsReadAhead(true);
     store.initialise();
     delegate.setStore(&store);
     QmlServices::publishStore(&store);

@@ -146,6 +146,8 @@ public:
     }
 
     [[nodiscard]] qint64 changes() const;
+    /** Rows changed through this connection since it opened: a read can tell whether a write came between. */
+    [[nodiscard]] qint64 totalChanges() const;
     [[nodiscard]] qint64 lastInsertRowId() const;
     [[nodiscard]] sqlite3 *handle() const { return m_connection; }
 

@@ -10,6 +10,8 @@
 #include <QElapsedTimer>
 #include <QTimer>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace kivo {
@@ -103,6 +105,8 @@ void Store::initialise()
     }
     ensureInbox();
     retireBoardObjects();
+    if (m_firstRowsReadAhead)
+        readFirstRowsAhead();
     // The first load comes after the caller has finished starting, so the window shows first.
     QTimer::singleShot(0, this, [this] {
         if (m_settings)
@@ -174,9 +178,19 @@ void Store::reloadAll()
 {
     QElapsedTimer timer;
     timer.start();
+    // The sidebar's extra numbers are read on a worker; started before the rows, they would hold
+    // the database while the window waits for its rows.
+    m_holdSidebarExtras = true;
     reloadCollections();
     const double collections = double(timer.nsecsElapsed()) / 1e6;
     reloadItems();
+    m_holdSidebarExtras = false;
+    if (std::exchange(m_collectionCountsHeld, false))
+        readCollectionCountsInBackground();
+    if (std::exchange(m_sidebarExtrasHeld, false)) {
+        reloadTypeCounts();
+        reloadTrayPreviews();
+    }
     const double total = double(timer.nsecsElapsed()) / 1e6;
     if (m_churnTrace) {
         systemLog(QString::asprintf("[trace] reloadAll: collections %.0f ms, items %.0f ms (total %.0f)", collections,

@@ -25,6 +25,8 @@
 
 namespace kivo {
 
+struct SqlQuery;
+
 class AppSettings;
 class Desktop;
 
@@ -169,6 +171,13 @@ public:
      * headless command, which has no window and no event loop to receive them, turns them off.
      */
     void setSidebarExtrasEnabled(bool enabled) { m_sidebarExtrasEnabled = enabled; }
+    /** The window reads the collections' counts on a worker; a command wants them at once. */
+    void setCollectionCountsInBackground(bool later) { m_collectionCountsInBackground = later; }
+    /**
+     * The window has the first list read on a worker while it builds itself; the first reload
+     * takes those rows when its query is the same and nothing was written since.
+     */
+    void setFirstRowsReadAhead(bool ahead) { m_firstRowsReadAhead = ahead; }
     /** Turns the "[trace]" timing lines on or off; the window reads "--churn-trace" once. */
     void setChurnTrace(bool on) { m_churnTrace = on; }
     [[nodiscard]] bool churnTrace() const { return m_churnTrace; }
@@ -530,6 +539,11 @@ private:
         double addedAt = 0;
     };
 
+    void readFirstRowsAhead();
+    std::optional<QList<LibraryItem>> takeRowsReadAhead(const SqlQuery &query);
+    void readCollectionCountsInBackground();
+    static void readCollectionCounts(Database &db, QHash<QString, int> &counts, QHash<QString, double> &lastActivity);
+    void publishCollectionCounts(QHash<QString, int> counts, QHash<QString, double> lastActivity, bool sidebarChanged);
     /**
      * Runs `read` on a worker through the database queue and hands its result to `publish` on the
      * main thread, unless a newer read of the same kind (`generation`) was asked for since.
@@ -578,6 +592,13 @@ private:
     bool m_didInitialLoad = false;
     bool m_churnTrace = false;
     bool m_sidebarExtrasEnabled = true;
+    bool m_holdSidebarExtras = false;
+    bool m_collectionCountsInBackground = false;
+    bool m_firstRowsReadAhead = false;
+    struct RowsReadAhead;
+    std::shared_ptr<RowsReadAhead> m_rowsReadAhead;
+    bool m_sidebarExtrasHeld = false;
+    bool m_collectionCountsHeld = false;
 
     QList<LibraryCollection> m_collections;
     std::optional<LibraryCollection> m_inboxCollection;
@@ -593,6 +614,7 @@ private:
     QVariantMap m_typeCounts;
     quint64 m_typeCountsGeneration = 0;
     quint64 m_trayPreviewsGeneration = 0;
+    quint64 m_collectionCountsGeneration = 0;
     QHash<QString, QList<QUrl>> m_trayPreviews;
     QHash<QString, QString> m_semanticIcons;
     QSet<QString> m_collapsedCollections;

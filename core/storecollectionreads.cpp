@@ -13,6 +13,12 @@ namespace kivo {
 
 namespace {
 
+/** The per-collection part of the reload, which may be read on a worker. */
+struct CollectionCounts {
+    QHash<QString, int> counts;
+    QHash<QString, double> lastActivity;
+};
+
 /** What one reload of the collections reads, published only where it differs. */
 struct CollectionSnapshot {
     QList<LibraryCollection> collections;
@@ -41,21 +47,15 @@ void Store::reloadCollections()
 {
     if (!m_dbQueue)
         return;
+    const bool countsLater = m_collectionCountsInBackground;
     CollectionSnapshot snapshot;
     try {
-        snapshot = m_dbQueue->read([](Database &db) {
+        snapshot = m_dbQueue->read([countsLater](Database &db) {
             CollectionSnapshot read;
             read.collections = db.fetchAll<LibraryCollection>(
                 u"SELECT * FROM collection WHERE deletedAt IS NULL AND isInbox = 0 ORDER BY sortIndex ASC, name ASC"_s);
-            db.forEach(u"SELECT ic.collectionId AS cid, COUNT(*) AS n, MAX(ic.addedAt) AS last\n"
-                       "FROM itemCollection ic\n"
-                       "JOIN item i ON i.id = ic.itemId AND i.deletedAt IS NULL\n"
-                       "GROUP BY ic.collectionId"_s,
-                {}, [&](const Row &row) {
-                    const QString id = row.text("cid");
-                    read.counts.insert(id, int(row.integer("n")));
-                    read.lastActivity.insert(id, row.real("last"));
-                });
+            if (!countsLater)
+                readCollectionCounts(db, read.counts, read.lastActivity);
             read.inbox
                 = db.fetchOne<LibraryCollection>(u"SELECT * FROM collection WHERE isInbox = 1 AND deletedAt IS NULL"_s);
             // The sidebar's numbers are one family: one pass over the items gives them all.
@@ -81,36 +81,82 @@ void Store::reloadCollections()
 
     if (snapshot.inbox)
         m_inboxId = snapshot.inbox->id;
-    if (snapshot.collections != m_collections || snapshot.inbox != m_inboxCollection) {
+    const bool collectionsDiffer = snapshot.collections != m_collections || snapshot.inbox != m_inboxCollection;
+    if (collectionsDiffer) {
         m_collections = std::move(snapshot.collections);
         m_inboxCollection = std::move(snapshot.inbox);
         Q_EMIT collectionsChanged();
     }
-    const int inboxCount = m_inboxId ? snapshot.counts.value(*m_inboxId, 0) : 0;
-    const bool countsDiffer = snapshot.counts != m_counts || snapshot.all != m_allCount || inboxCount != m_inboxCount
-        || snapshot.favourites != m_favouritesCount || snapshot.links != m_linksCount || snapshot.trash != m_trashCount
-        || snapshot.hidden != m_hiddenCount;
-    if (countsDiffer) {
-        m_counts = std::move(snapshot.counts);
-        m_allCount = snapshot.all;
-        m_inboxCount = inboxCount;
-        m_favouritesCount = snapshot.favourites;
-        m_linksCount = snapshot.links;
-        m_trashCount = snapshot.trash;
-        m_hiddenCount = snapshot.hidden;
-        Q_EMIT countsChanged();
+    const bool sidebarDiffers = snapshot.all != m_allCount || snapshot.favourites != m_favouritesCount
+        || snapshot.links != m_linksCount || snapshot.trash != m_trashCount || snapshot.hidden != m_hiddenCount;
+    m_allCount = snapshot.all;
+    m_favouritesCount = snapshot.favourites;
+    m_linksCount = snapshot.links;
+    m_trashCount = snapshot.trash;
+    m_hiddenCount = snapshot.hidden;
+    if (countsLater) {
+        if (sidebarDiffers)
+            Q_EMIT countsChanged();
+        if (m_holdSidebarExtras)
+            m_collectionCountsHeld = true;
+        else
+            readCollectionCountsInBackground();
+    } else {
+        publishCollectionCounts(std::move(snapshot.counts), std::move(snapshot.lastActivity), sidebarDiffers);
     }
-    QHash<QString, double> rollup = CollectionTree::activityRollup(m_collections, snapshot.lastActivity);
-    if (snapshot.lastActivity != m_collectionLastActivity || rollup != m_collectionActivityRollup) {
-        m_collectionLastActivity = std::move(snapshot.lastActivity);
-        m_collectionActivityRollup = std::move(rollup);
-        Q_EMIT collectionActivityChanged();
-    }
-    if (m_sidebarExtrasEnabled) {
+    if (m_sidebarExtrasEnabled && m_holdSidebarExtras) {
+        m_sidebarExtrasHeld = true;
+    } else if (m_sidebarExtrasEnabled) {
         reloadTypeCounts();
         reloadTrayPreviews();
     }
     // The semantic icon pass for collections without an icon joins here once icons are chosen.
+}
+
+void Store::readCollectionCountsInBackground()
+{
+    // Joining every membership with its item is the slow part of the collections' reload: in the
+    // window it runs on a worker, and the counts follow the list a moment later.
+    readInBackground<CollectionCounts>(
+        m_collectionCountsGeneration, u"reloadCollections"_s,
+        [](Database &db) {
+            CollectionCounts read;
+            readCollectionCounts(db, read.counts, read.lastActivity);
+            return read;
+        },
+        [this](CollectionCounts read) {
+            publishCollectionCounts(std::move(read.counts), std::move(read.lastActivity), false);
+        });
+}
+
+void Store::readCollectionCounts(Database &db, QHash<QString, int> &counts, QHash<QString, double> &lastActivity)
+{
+    db.forEach(u"SELECT ic.collectionId AS cid, COUNT(*) AS n, MAX(ic.addedAt) AS last\n"
+               "FROM itemCollection ic\n"
+               "JOIN item i ON i.id = ic.itemId AND i.deletedAt IS NULL\n"
+               "GROUP BY ic.collectionId"_s,
+        {}, [&](const Row &row) {
+            const QString id = row.text("cid");
+            counts.insert(id, int(row.integer("n")));
+            lastActivity.insert(id, row.real("last"));
+        });
+}
+
+void Store::publishCollectionCounts(
+    QHash<QString, int> counts, QHash<QString, double> lastActivity, bool sidebarChanged)
+{
+    const int inboxCount = m_inboxId ? counts.value(*m_inboxId, 0) : 0;
+    if (sidebarChanged || counts != m_counts || inboxCount != m_inboxCount) {
+        m_counts = std::move(counts);
+        m_inboxCount = inboxCount;
+        Q_EMIT countsChanged();
+    }
+    QHash<QString, double> rollup = CollectionTree::activityRollup(m_collections, lastActivity);
+    if (lastActivity != m_collectionLastActivity || rollup != m_collectionActivityRollup) {
+        m_collectionLastActivity = std::move(lastActivity);
+        m_collectionActivityRollup = std::move(rollup);
+        Q_EMIT collectionActivityChanged();
+    }
 }
 
 void Store::reloadTypeCounts()

@@ -12,6 +12,8 @@
 #include <QTimer>
 
 #include <array>
+#include <future>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -49,6 +51,52 @@ void Store::setSearchRunner(SearchRunner runner)
     m_searchRunner = std::move(runner);
 }
 
+struct Store::RowsReadAhead {
+    SqlQuery query;
+    std::future<std::pair<QList<LibraryItem>, qint64>> rows;
+};
+
+void Store::readFirstRowsAhead()
+{
+    if (!m_dbQueue)
+        return;
+    // The view's own sort is part of the query; the first load applies the same preferences.
+    if (m_settings)
+        m_settings->loadViewPreferences(m_selection.key());
+    const std::optional<SqlQuery> query = ItemQueries::rowQuery(m_selection, currentItemSort(), m_inboxId);
+    if (!query || !m_searchText.trimmed().isEmpty())
+        return;
+    auto promise = std::make_shared<std::promise<std::pair<QList<LibraryItem>, qint64>>>();
+    m_rowsReadAhead = std::make_shared<RowsReadAhead>(RowsReadAhead{*query, promise->get_future()});
+    m_workers.start([queue = m_dbQueue, query = *query, promise] {
+        try {
+            promise->set_value(queue->read([&](Database &db) {
+                QList<LibraryItem> rows;
+                db.forEach(query.sql, query.arguments, [&](const Row &row) { rows.append(LibraryItem::fromRow(row)); });
+                return std::pair(std::move(rows), db.totalChanges());
+            }));
+        } catch (...) {
+            promise->set_exception(std::current_exception());
+        }
+    });
+}
+
+std::optional<QList<LibraryItem>> Store::takeRowsReadAhead(const SqlQuery &query)
+{
+    const std::shared_ptr<RowsReadAhead> ahead = std::exchange(m_rowsReadAhead, nullptr);
+    if (!ahead || ahead->query.sql != query.sql || ahead->query.arguments != query.arguments)
+        return std::nullopt;
+    try {
+        auto [rows, changes] = ahead->rows.get();
+        // A write since the read would make these rows stale; then the reload reads again.
+        if (m_dbQueue->read([](Database &db) { return db.totalChanges(); }) != changes)
+            return std::nullopt;
+        return std::move(rows);
+    } catch (const std::exception &) {
+        return std::nullopt;
+    }
+}
+
 void Store::reloadItems(bool typing)
 {
     if (!m_dbQueue)
@@ -67,7 +115,10 @@ void Store::reloadItems(bool typing)
     QList<LibraryItem> rows;
     const auto query = ItemQueries::rowQuery(m_selection, currentItemSort(), m_inboxId);
     try {
-        if (query) {
+        std::optional<QList<LibraryItem>> readAhead = query ? takeRowsReadAhead(*query) : std::nullopt;
+        if (readAhead) {
+            rows = std::move(*readAhead);
+        } else if (query) {
             // The counts already tell how many rows come, which spares the list its regrowth.
             rows.reserve(expectedRowCount());
             m_dbQueue->read([&](Database &db) {
