@@ -2,7 +2,7 @@
 // grid's cards, the frames while the grid is scrolled with the real mouse wheel (xdotool), and the
 // resident memory after the launch and after the scroll. Run it under an X server:
 //
-//   xvfb-run -a -s "-screen 0 1920x1200x24" build/bench/bench_window --library PATH [--runs 3]
+//   xvfb-run -a -s "-screen 0 1920x1200x24" build/bench/bench_window --library PATH [--runs 3] [--home DIR]
 //
 // The runs share one set of settings, state and cache folders, as a person's launches do, and a
 // first, unmeasured launch does the once-only work there: the move into the browsable layout with
@@ -40,6 +40,7 @@ qint64 monotonicNs()
 struct ProbeRecord {
     std::optional<double> firstGridFrameMs;
     QList<qint64> frames;
+    QList<std::pair<qint64, qint64>> busy; // the main thread away from its event loop, from and to
     qint64 lastResidentBytes = 0;
 };
 
@@ -58,6 +59,8 @@ ProbeRecord readProbe(const QString &path)
         const QByteArray value = line.mid(space + 1);
         if (key == "frame")
             record.frames.append(value.toLongLong());
+        else if (const QList<QByteArray> span = value.split(' '); key == "busy" && span.size() == 2)
+            record.busy.append({span.at(0).toLongLong(), span.at(1).toLongLong()});
         else if (key == "first-grid-frame-ms")
             record.firstGridFrameMs = value.toDouble();
         else if (key == "rss-bytes")
@@ -88,6 +91,7 @@ struct RunFigures {
     double residentAfterLaunchMb = 0;
     double residentAfterScrollMb = 0;
     QList<double> frameMs;
+    QList<double> busyMs; // the main thread's stretches over 8 ms away from its event loop
 };
 
 // The process's CPU time so far, in clock ticks (user and system), from /proc/PID/stat.
@@ -195,6 +199,10 @@ std::optional<RunFigures> runOnce(const QString &kivo, const QString &library, c
         if (record.frames.at(i - 1) >= scrollStart && record.frames.at(i) <= scrollEnd)
             figures.frameMs.append(double(record.frames.at(i) - record.frames.at(i - 1)) / 1e6);
     }
+    for (const auto &[from, to] : std::as_const(record.busy)) {
+        if (to >= scrollStart && from <= scrollEnd)
+            figures.busyMs.append(double(to - from) / 1e6);
+    }
     return figures;
 }
 
@@ -213,6 +221,9 @@ int main(int argc, char **argv)
     parser.addOption({u"clicks"_s, u"Wheel clicks per scroll, one every 16 ms."_s, u"n"_s, u"400"_s});
     parser.addOption({u"no-enrich"_s, u"Start Kivo with background reading off."_s});
     parser.addOption({u"cold"_s, u"Give every launch empty settings, state and cache folders; no warm-up launch."_s});
+    parser.addOption({u"home"_s,
+                      u"Keep the settings, state and cache folders in this folder, already warmed by an earlier run; no warm-up launch."_s,
+                      u"path"_s});
     parser.process(application);
     if (!parser.isSet(u"library"_s) || qEnvironmentVariableIsEmpty("DISPLAY")) {
         std::fprintf(stderr, "usage: xvfb-run -a -s \"-screen 0 1920x1200x24\" bench_window --library PATH\n");
@@ -221,14 +232,17 @@ int main(int argc, char **argv)
 
     QTemporaryDir sharedHome;
     const bool cold = parser.isSet(u"cold"_s);
+    const QString givenHome = parser.value(u"home"_s);
     const auto homeFor = [&] {
+        if (!givenHome.isEmpty())
+            return givenHome;
         if (!cold)
             return sharedHome.path();
         const QString fresh = sharedHome.filePath(QString::number(monotonicNs()));
         QDir().mkpath(fresh);
         return fresh;
     };
-    if (!cold && !runOnce(parser.value(u"kivo"_s), parser.value(u"library"_s), homeFor(), 10,
+    if (!cold && givenHome.isEmpty() && !runOnce(parser.value(u"kivo"_s), parser.value(u"library"_s), homeFor(), 10,
                           parser.isSet(u"no-enrich"_s), true))
         return 1;
 
@@ -244,12 +258,15 @@ int main(int argc, char **argv)
             return 1;
         const qsizetype over16 = std::count_if(figures->frameMs.cbegin(), figures->frameMs.cend(),
                                                [](double ms) { return ms > 16.7; });
+        const qsizetype stalls = std::count_if(figures->busyMs.cbegin(), figures->busyMs.cend(),
+                                               [](double ms) { return ms > 16; });
         std::printf("run %d: first grid frame %.0f ms; memory %.0f MB after launch, %.0f MB after scrolling; "
                     "%lld frames while scrolling, median %.1f ms, 99th percentile %.1f ms, longest %.1f ms, "
-                    "%lld over 16.7 ms\n",
+                    "%lld over 16.7 ms; main thread away from its loop over 16 ms: %lld times, longest %.1f ms\n",
                     run + 1, figures->launchMs, figures->residentAfterLaunchMb, figures->residentAfterScrollMb,
                     qlonglong(figures->frameMs.size()), percentile(figures->frameMs, 0.5),
-                    percentile(figures->frameMs, 0.99), percentile(figures->frameMs, 1.0), qlonglong(over16));
+                    percentile(figures->frameMs, 0.99), percentile(figures->frameMs, 1.0), qlonglong(over16),
+                    qlonglong(stalls), percentile(figures->busyMs, 1.0));
         std::fflush(stdout);
         launches.append(figures->launchMs);
         frames.append(figures->frameMs);

@@ -20,6 +20,10 @@ namespace {
 // of deadlocking on the queue's own lock.
 thread_local QSet<const void *> t_heldQueues;
 
+// Searches read thousands of rows; through a map of the file they skip copying every page from
+// the system's cache into SQLite's own small one.
+const QString mappedReads = QStringLiteral("PRAGMA mmap_size = 1073741824");
+
 QString lastError(sqlite3 *connection)
 {
     return QString::fromUtf8(sqlite3_errmsg(connection));
@@ -401,7 +405,7 @@ std::shared_ptr<DatabaseQueue> DatabaseQueue::openUnmigrated(const QString &path
     std::shared_ptr<DatabaseQueue> queue(new DatabaseQueue(path, connection));
     // Reads map the file rather than copy each page out of the system's cache into SQLite's small
     // one: a search that reads thousands of rows spent a third of its time in those copies.
-    queue->barrier([](Database &db) { db.executeScript(u"PRAGMA foreign_keys = ON; PRAGMA mmap_size = 1073741824"_s); });
+    queue->barrier([](Database &db) { db.executeScript(u"PRAGMA foreign_keys = ON; "_s + mappedReads); });
     return queue;
 }
 
@@ -410,6 +414,12 @@ std::shared_ptr<DatabaseQueue> DatabaseQueue::open(const QString &path)
     auto queue = openUnmigrated(path);
     Migrator::migrate(*queue, libraryMigrations());
     return queue;
+}
+
+void DatabaseQueue::releaseMappedPages()
+{
+    // A new limit unmaps the file; setting it back maps it again, empty, on the next read.
+    barrier([](Database &db) { db.executeScript(u"PRAGMA mmap_size = 0; "_s + mappedReads); });
 }
 
 DatabaseQueue::Scope::Scope(DatabaseQueue &queue)

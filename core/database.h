@@ -234,6 +234,13 @@ public:
         }
     }
 
+    /**
+     * Lets go of the library file's pages mapped into the process. Reads go through a map of the
+     * file, and every page a full scan touched stays resident until the map is made anew; the
+     * pages stay in the system's file cache, so the next read maps them back cheaply.
+     */
+    void releaseMappedPages();
+
     /** Runs the closure on the queue with no transaction around it (the migrator's own steps). */
     template<typename Closure>
     auto barrier(Closure &&closure) -> std::invoke_result_t<Closure, Database &>

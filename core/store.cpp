@@ -1,6 +1,7 @@
 #include "core/store.h"
 
 #include "core/appsettings.h"
+#include "core/heaptrim.h"
 #include "core/librarylocation.h"
 #include "core/librarypresence.h"
 #include "core/systemlog.h"
@@ -248,7 +249,14 @@ void Store::releaseLater(QList<LibraryItem> &&list)
         list = {};
         return;
     }
-    m_workers.start([rows = std::move(list)]() mutable { rows = {}; });
+    // The reload that replaced it read the whole table through the file's map: give those pages
+    // back too, so a large library does not keep a second copy of its rows resident.
+    m_workers.start([rows = std::move(list), queue = m_dbQueue]() mutable {
+        rows = {};
+        if (queue)
+            queue->releaseMappedPages();
+        returnFreedHeapMemory();
+    });
 }
 
 // ---------------------------------------------------------------------------------------------

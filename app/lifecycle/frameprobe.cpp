@@ -40,6 +40,8 @@ qint64 processStartNs()
     return ticks * (1000000000 / sysconf(_SC_CLK_TCK));
 }
 
+constexpr int loopTickMs = 4;
+
 bool anyMasonryWithCards(QQuickItem *item)
 {
     if (const auto *masonry = qobject_cast<MasonryView *>(item); masonry && masonry->isVisible()
@@ -72,6 +74,11 @@ FrameProbe::FrameProbe(QQuickWindow *window, const QString &path)
         qWarning("kivo: cannot write the frame probe to %s", qPrintable(path));
     // Frames are swapped on the render thread when there is one; the record is kept on this one.
     connect(window, &QQuickWindow::frameSwapped, this, &FrameProbe::frameSwapped, Qt::QueuedConnection);
+    // A fine timer on the main thread: a late tick is time the thread spent away from its loop.
+    m_loopTick.setTimerType(Qt::PreciseTimer);
+    m_loopTick.setInterval(loopTickMs);
+    connect(&m_loopTick, &QTimer::timeout, this, &FrameProbe::loopTicked);
+    m_loopTick.start();
     m_flushTimer.setInterval(500);
     connect(&m_flushTimer, &QTimer::timeout, this, &FrameProbe::flush);
     m_flushTimer.start();
@@ -91,6 +98,15 @@ void FrameProbe::frameSwapped()
         m_pending += "first-grid-frame-ms " + QByteArray::number(double(now - m_startNs) / 1e6, 'f', 1) + '\n';
         flush();
     }
+}
+
+void FrameProbe::loopTicked()
+{
+    const qint64 now = monotonicNs();
+    constexpr qint64 worthNoting = 8'000'000;
+    if (m_lastTickNs != 0 && now - m_lastTickNs - loopTickMs * 1'000'000 > worthNoting)
+        m_pending += "busy " + QByteArray::number(m_lastTickNs + loopTickMs * 1'000'000) + ' ' + QByteArray::number(now) + '\n';
+    m_lastTickNs = now;
 }
 
 void FrameProbe::flush()

@@ -16,6 +16,8 @@ namespace kivo {
  * swapped (from the launcher's clock reading in KIVO_FRAME_PROBE_START, CLOCK_MONOTONIC
  * nanoseconds, or from the process's start), every frame's swap time, and the resident memory,
  * so that a driver outside the process can time a launch and a scroll made with real input.
+ * It also writes every stretch over 8 ms that the main thread spent away from its event loop
+ * (a 4 ms timer that fires late), which is what delays input and the next frame's preparation.
  */
 class FrameProbe : public QObject
 {
@@ -27,6 +29,7 @@ private:
     FrameProbe(QQuickWindow *window, const QString &path);
 
     void frameSwapped();
+    void loopTicked();
     void flush();
     [[nodiscard]] bool gridShowsCards() const;
 
@@ -36,6 +39,8 @@ private:
     QTimer m_flushTimer;
     qint64 m_startNs = 0;
     bool m_sawGrid = false;
+    QTimer m_loopTick;
+    qint64 m_lastTickNs = 0;
 };
 
 } // namespace kivo

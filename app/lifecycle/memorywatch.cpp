@@ -1,5 +1,6 @@
 #include "app/lifecycle/memorywatch.h"
 
+#include "core/heaptrim.h"
 #include "core/memorycaches.h"
 
 #include <QFile>
@@ -78,6 +79,7 @@ void MemoryWatch::checkCeiling()
 void MemoryWatch::purge(const QString &reason)
 {
     MemoryCaches::purgeAll();
+    returnFreedHeapMemory();
     Q_EMIT purged(reason);
 }
 

@@ -16,7 +16,7 @@ namespace kivo {
 class ThumbnailCache
 {
 public:
-    explicit ThumbnailCache(qint64 byteLimit = qint64(256) * 1024 * 1024);
+    explicit ThumbnailCache(qint64 byteLimit = qint64(96) * 1024 * 1024);
 
     [[nodiscard]] std::optional<QImage> find(const QString &key) const;
     /** Keeps the image unless it alone is larger than the whole budget. */

@@ -2,6 +2,7 @@
 
 #include "core/backgroundpriority.h"
 #include "core/database.h"
+#include "core/heaptrim.h"
 #include "core/librarylocation.h"
 #include "core/media/thumbnailservice.h"
 #include "core/systemlog.h"
@@ -53,6 +54,9 @@ public:
                 error = u"no picture in "_s + path;
         }
         Q_EMIT done(image, error);
+        // The last decode of a burst gives back what the burst freed on the workers' heaps.
+        if (m_service->pool().activeThreadCount() <= 1)
+            returnFreedHeapMemoryNowAndThen();
     }
 
 Q_SIGNALS:

@@ -1,0 +1,33 @@
+#include "core/heaptrim.h"
+
+#include <QtGlobal>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib> // defines __GLIBC__ on the GNU C library
+
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
+namespace kivo {
+
+void returnFreedHeapMemory()
+{
+#if defined(__GLIBC__)
+    (void)::malloc_trim(0);
+#endif
+}
+
+void returnFreedHeapMemoryNowAndThen()
+{
+    using namespace std::chrono;
+    static std::atomic<qint64> lastNs{0};
+    const qint64 now = duration_cast<nanoseconds>(steady_clock::now().time_since_epoch()).count();
+    qint64 last = lastNs.load();
+    if (now - last < duration_cast<nanoseconds>(1s).count() || !lastNs.compare_exchange_strong(last, now))
+        return;
+    returnFreedHeapMemory();
+}
+
+} // namespace kivo

@@ -1,0 +1,20 @@
+#pragma once
+
+namespace kivo {
+
+/**
+ * Hands freed heap pages back to the system. The C library keeps what a large list of rows
+ * leaves behind in its free lists, where it still counts as the process's resident memory;
+ * this returns the whole free pages among them. Safe on any thread; it takes a few
+ * milliseconds, so the main thread leaves it to a worker.
+ */
+void returnFreedHeapMemory();
+
+/**
+ * The same for workers that free large buffers again and again (decoded pictures): each worker
+ * thread keeps its own heap, and what a burst of decodes freed stays there. Does nothing when
+ * it last ran less than a second ago.
+ */
+void returnFreedHeapMemoryNowAndThen();
+
+} // namespace kivo
