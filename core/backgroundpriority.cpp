@@ -1,4 +1,4 @@
-#include "backgroundpriority.h"
+#include "core/backgroundpriority.h"
 
 #if defined(__linux__)
 #include <cerrno>

@@ -15,6 +15,7 @@
 #include <QString>
 #include <QStringList>
 #include <QThreadPool>
+#include <QTimer>
 #include <QUrl>
 #include <QVariantList>
 #include <QVariantMap>
@@ -541,6 +542,8 @@ private:
 
     void readFirstRowsAhead();
     std::optional<QList<LibraryItem>> takeRowsReadAhead(const SqlQuery &query);
+    /** The sidebar's reads that run on workers: the collections' counts, type counts, tray previews. */
+    void startSidebarReads();
     void readCollectionCountsInBackground();
     static void readCollectionCounts(Database &db, QHash<QString, int> &counts, QHash<QString, double> &lastActivity);
     void publishCollectionCounts(QHash<QString, int> counts, QHash<QString, double> lastActivity, bool sidebarChanged);
@@ -592,13 +595,12 @@ private:
     bool m_didInitialLoad = false;
     bool m_churnTrace = false;
     bool m_sidebarExtrasEnabled = true;
-    bool m_holdSidebarExtras = false;
+    bool m_holdSidebarReads = false;
+    bool m_sidebarReadsHeld = false;
     bool m_collectionCountsInBackground = false;
     bool m_firstRowsReadAhead = false;
     struct RowsReadAhead;
     std::shared_ptr<RowsReadAhead> m_rowsReadAhead;
-    bool m_sidebarExtrasHeld = false;
-    bool m_collectionCountsHeld = false;
 
     QList<LibraryCollection> m_collections;
     std::optional<LibraryCollection> m_inboxCollection;
@@ -665,6 +667,10 @@ private:
     QString m_toast;
     ToastAction m_toastAction = ToastAction::none;
     int m_toastSerial = 0;
+
+    /** Restarted by every large release; when it fires, the freed memory goes back to the system. */
+    QTimer m_memorySettle;
+    static constexpr int memorySettleDelay = 2000;
 
     /** Off-main-thread work (tint, copies to Downloads); the Store's end waits for it. */
     QThreadPool m_workers;

@@ -97,20 +97,24 @@ void Store::reloadCollections()
     if (countsLater) {
         if (sidebarDiffers)
             Q_EMIT countsChanged();
-        if (m_holdSidebarExtras)
-            m_collectionCountsHeld = true;
-        else
-            readCollectionCountsInBackground();
     } else {
         publishCollectionCounts(std::move(snapshot.counts), std::move(snapshot.lastActivity), sidebarDiffers);
     }
-    if (m_sidebarExtrasEnabled && m_holdSidebarExtras) {
-        m_sidebarExtrasHeld = true;
-    } else if (m_sidebarExtrasEnabled) {
+    if (m_holdSidebarReads)
+        m_sidebarReadsHeld = true;
+    else
+        startSidebarReads();
+    // The semantic icon pass for collections without an icon joins here once icons are chosen.
+}
+
+void Store::startSidebarReads()
+{
+    if (m_collectionCountsInBackground)
+        readCollectionCountsInBackground();
+    if (m_sidebarExtrasEnabled) {
         reloadTypeCounts();
         reloadTrayPreviews();
     }
-    // The semantic icon pass for collections without an icon joins here once icons are chosen.
 }
 
 void Store::readCollectionCountsInBackground()

@@ -51,6 +51,18 @@ void Store::setSearchRunner(SearchRunner runner)
     m_searchRunner = std::move(runner);
 }
 
+namespace {
+
+QList<LibraryItem> readRows(Database &db, const SqlQuery &query, qsizetype expected)
+{
+    QList<LibraryItem> rows;
+    rows.reserve(expected);
+    db.forEach(query.sql, query.arguments, [&](const Row &row) { rows.append(LibraryItem::fromRow(row)); });
+    return rows;
+}
+
+} // namespace
+
 struct Store::RowsReadAhead {
     SqlQuery query;
     std::future<std::pair<QList<LibraryItem>, qint64>> rows;
@@ -71,8 +83,7 @@ void Store::readFirstRowsAhead()
     m_workers.start([queue = m_dbQueue, query = *query, promise] {
         try {
             promise->set_value(queue->read([&](Database &db) {
-                QList<LibraryItem> rows;
-                db.forEach(query.sql, query.arguments, [&](const Row &row) { rows.append(LibraryItem::fromRow(row)); });
+                QList<LibraryItem> rows = readRows(db, query, 0);
                 return std::pair(std::move(rows), db.totalChanges());
             }));
         } catch (...) {
@@ -120,11 +131,7 @@ void Store::reloadItems(bool typing)
             rows = std::move(*readAhead);
         } else if (query) {
             // The counts already tell how many rows come, which spares the list its regrowth.
-            rows.reserve(expectedRowCount());
-            m_dbQueue->read([&](Database &db) {
-                db.forEach(
-                    query->sql, query->arguments, [&](const Row &row) { rows.append(LibraryItem::fromRow(row)); });
-            });
+            rows = m_dbQueue->read([&](Database &db) { return readRows(db, *query, expectedRowCount()); });
         }
     } catch (const std::exception &error) {
         systemLog(u"[Store] reloadItems failed: "_s + errorText(error));

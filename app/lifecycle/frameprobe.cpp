@@ -104,8 +104,9 @@ void FrameProbe::loopTicked()
 {
     const qint64 now = monotonicNs();
     constexpr qint64 worthNoting = 8'000'000;
-    if (m_lastTickNs != 0 && now - m_lastTickNs - loopTickMs * 1'000'000 > worthNoting)
-        m_pending += "busy " + QByteArray::number(m_lastTickNs + loopTickMs * 1'000'000) + ' ' + QByteArray::number(now) + '\n';
+    const qint64 due = m_lastTickNs + loopTickMs * 1'000'000;
+    if (m_lastTickNs != 0 && now - due > worthNoting)
+        m_pending += "busy " + QByteArray::number(due) + ' ' + QByteArray::number(now) + '\n';
     m_lastTickNs = now;
 }
 

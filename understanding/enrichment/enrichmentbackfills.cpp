@@ -4,6 +4,7 @@
 
 #include "understanding/enrichment/enrichmentservice.h"
 
+#include "core/backgroundpriority.h"
 #include "core/database.h"
 #include "core/systemlog.h"
 #include "core/userdefaults.h"
@@ -47,12 +48,24 @@ void setFlag(QLatin1StringView flag)
 
 void EnrichmentService::runBackfills()
 {
-    if (!flagSet(coloursReextractedFlag))
-        m_upgrades.start([this] { reextractColours(); }, QThread::LowPriority);
-    if (!flagSet(autoTaggedAllFlag))
-        m_upgrades.start([this] { queueUntagged(autoTaggedAllFlag, untaggedPicturesQuery); }, QThread::LowPriority);
-    if (!flagSet(autoTaggedLinksFlag))
-        m_upgrades.start([this] { queueUntagged(autoTaggedLinksFlag, untaggedLinksQuery); }, QThread::LowPriority);
+    if (!flagSet(coloursReextractedFlag)) {
+        m_upgrades.start([this] {
+            lowerCurrentThreadPriority();
+            reextractColours();
+        });
+    }
+    if (!flagSet(autoTaggedAllFlag)) {
+        m_upgrades.start([this] {
+            lowerCurrentThreadPriority();
+            queueUntagged(autoTaggedAllFlag, untaggedPicturesQuery);
+        });
+    }
+    if (!flagSet(autoTaggedLinksFlag)) {
+        m_upgrades.start([this] {
+            lowerCurrentThreadPriority();
+            queueUntagged(autoTaggedLinksFlag, untaggedLinksQuery);
+        });
+    }
     if (!flagSet(acceptedAITagFlag)) {
         setFlag(acceptedAITagFlag);
         QTimer::singleShot(acceptTagsDelay, this, [this] { acceptSuggestedTags(); });
