@@ -5,6 +5,7 @@
 //
 // Needs `wrk` on the PATH for the first part. Prints the figures recorded in docs/benchmarks.md.
 
+#include "bench/cliptiming.h"
 #include "ingest/bridge/bridgehandler.h"
 #include "ingest/bridge/bridgeserver.h"
 
@@ -17,11 +18,7 @@
 #include <QThread>
 #include <QTimer>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -30,6 +27,8 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using kivo::bench::percentile;
+using kivo::bench::timedRequest;
 using namespace std::chrono;
 
 namespace {
@@ -64,31 +63,6 @@ public:
     void captureReceived(const kivo::CaptureRequest &) override { }
 };
 
-/** One request on a fresh connection; the time from connecting to the server's close, or -1. */
-double timedRequest(quint16 port, const QByteArray &request)
-{
-    const auto start = steady_clock::now();
-    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in server{};
-    server.sin_family = AF_INET;
-    server.sin_port = htons(port);
-    server.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    bool ok = ::connect(fd, reinterpret_cast<sockaddr *>(&server), sizeof server) == 0
-        && ::send(fd, request.constData(), size_t(request.size()), MSG_NOSIGNAL) == request.size();
-    QByteArray answer;
-    char chunk[4096];
-    while (ok) {
-        const ssize_t got = ::recv(fd, chunk, sizeof chunk, 0);
-        if (got <= 0)
-            break;
-        answer.append(chunk, got);
-    }
-    ::close(fd);
-    if (!ok || !answer.endsWith("\r\n\r\nok"))
-        return -1;
-    return duration<double, std::milli>(steady_clock::now() - start).count();
-}
-
 /** CPU time this process has used so far, user and system, in seconds. */
 double cpuSeconds()
 {
@@ -96,14 +70,6 @@ double cpuSeconds()
     getrusage(RUSAGE_SELF, &usage);
     return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec)
         + double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
-
-double percentile(std::vector<double> values, double fraction)
-{
-    if (values.empty())
-        return 0;
-    std::sort(values.begin(), values.end());
-    return values.at(std::min(values.size() - 1, size_t(fraction * double(values.size()))));
 }
 
 } // namespace
