@@ -149,10 +149,23 @@ int main(int argc, char **argv)
             store.reloadItems();
         return 0;
     }
+    if (application.arguments().contains(u"--collection-only"_s)) {
+        // For a profiler: nothing but switching from All to the largest collection and back.
+        for (int round = 0; round < 20; ++round) {
+            store.setSelection(SidebarSelection::collection(collections.at(2)));
+            store.setSelection(SidebarSelection::all());
+        }
+        return 0;
+    }
     if (application.arguments().contains(u"--trace"_s)) {
         store.setChurnTrace(true);
         store.reloadAll();
-        store.setSelection(SidebarSelection::collection(collections.at(1)));
+        for (int round = 0; round < 3; ++round) {
+            settle();
+            store.setSelection(SidebarSelection::collection(collections.at(2)));
+            settle();
+            store.setSelection(SidebarSelection::all());
+        }
         return 0;
     }
 

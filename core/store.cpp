@@ -130,7 +130,7 @@ void Store::initialise()
     });
     QTimer::singleShot(3000, this, [this] {
         Q_EMIT enrichmentDue();
-        QTimer::singleShot(500, this, [this] { reloadItems(); });
+        QTimer::singleShot(500, this, [this] { refreshItems(); });
     });
 }
 

@@ -209,6 +209,12 @@ public:
      * the runner for them. `typing` marks a refresh caused by a keystroke.
      */
     Q_INVOKABLE void reloadItems(bool typing = false);
+    /**
+     * `reloadItems` for the refreshes nobody asked for (background reading finished, the settle
+     * after the launch): the rows are read on a worker and published when they arrive, unless a
+     * reload came in between, so a person scrolling never waits for a whole list to be read.
+     */
+    void refreshItems();
     void reloadCanvasPositions();
     void reloadBoardObjects();
 

@@ -148,6 +148,24 @@ void Store::reloadItems(bool typing)
         systemLog(QString::asprintf("[trace] reloadItems total %.0f ms", elapsedMs(timer)));
 }
 
+void Store::refreshItems()
+{
+    const auto query = ItemQueries::rowQuery(m_selection, currentItemSort(), m_inboxId);
+    // A search already answers from its own thread; a pending view mode needs the rows at once.
+    if (!query || !m_searchText.trimmed().isEmpty() || m_defaultViewModePending) {
+        reloadItems(false);
+        return;
+    }
+    const qsizetype expected = expectedRowCount();
+    readInBackground<QList<LibraryItem>>(
+        m_searchGeneration, u"reloadItems"_s,
+        [query = *query, expected](Database &db) { return readRows(db, query, expected); },
+        [this](QList<LibraryItem> rows) {
+            m_rowsFromSearch = false;
+            publishRows(std::move(rows));
+        });
+}
+
 void Store::noteEnrichmentFinished()
 {
     if (m_enrichmentRefreshPending)
@@ -156,7 +174,7 @@ void Store::noteEnrichmentFinished()
     // The Store is the timer's context, so a refresh never outlives it.
     QTimer::singleShot(enrichmentRefreshDelay, this, [this] {
         m_enrichmentRefreshPending = false;
-        reloadItems(false);
+        refreshItems();
     });
 }
 

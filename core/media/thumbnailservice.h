@@ -17,7 +17,7 @@ namespace kivo {
 class ThumbnailService
 {
 public:
-    explicit ThumbnailService(qint64 cacheBytes = qint64(96) * 1024 * 1024);
+    explicit ThumbnailService(qint64 cacheBytes = qint64(48) * 1024 * 1024);
     ~ThumbnailService();
     ThumbnailService(const ThumbnailService &) = delete;
     ThumbnailService &operator=(const ThumbnailService &) = delete;

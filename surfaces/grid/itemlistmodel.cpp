@@ -1,6 +1,8 @@
 #include "surfaces/grid/itemlistmodel.h"
 
 #include "core/itemcolours.h"
+#include "core/librarylocation.h"
+#include "surfaces/thumbnails/thumbnailprovider.h"
 
 #include <QDateTime>
 #include <QFileInfo>
@@ -131,7 +133,8 @@ QVariant ItemListModel::data(const QModelIndex &index, int role) const
     case DomainRole:
         return domainOf(item.sourceURL);
     case ThumbnailRole:
-        return item.filePath ? u"image://thumb/"_s + item.id : QString();
+        // By path, so a decode never waits on the database queue for the item's file.
+        return item.filePath ? ThumbnailProvider::sourceStemForPath(m_itemFolder + u'/' + *item.filePath) : QString();
     case HasFileRole:
         return item.filePath.has_value();
     case AspectRole:
@@ -177,6 +180,7 @@ QString ItemListModel::idAt(int row) const
 void ItemListModel::setItems(const QList<LibraryItem> &items, const QHash<QString, QStringList> &tagNamesByItem)
 {
     const int before = count();
+    m_itemFolder = LibraryLocation::itemFolder();
     // Rows are pointers, into the old list until they are pointed at the new one, so the steps
     // below move 8 bytes a row rather than whole records.
     m_incoming = items;

@@ -111,6 +111,8 @@ private:
     /** Row to record: into `m_items`, or during `setItems` into either list. */
     QList<const LibraryItem *> m_rows;
     QHash<QString, QStringList> m_tagNames;
+    /** Where the rows' files live, read once a list rather than once a card. */
+    QString m_itemFolder;
 };
 
 } // namespace kivo

@@ -141,11 +141,15 @@ QString ThumbnailProvider::sourceForItem(const QString &itemId, int width)
     return u"image://thumb/"_s + itemId + u'?' + QString::number(width);
 }
 
-QString ThumbnailProvider::sourceForPath(const QString &absolutePath, int width)
+QString ThumbnailProvider::sourceStemForPath(const QString &absolutePath)
 {
     // The path keeps its leading slash after the host's: "image://thumb//home/...".
-    return u"image://thumb/"_s + QString::fromLatin1(QUrl::toPercentEncoding(absolutePath, "/")) + u'?'
-        + QString::number(width);
+    return u"image://thumb/"_s + QString::fromLatin1(QUrl::toPercentEncoding(absolutePath, "/"));
+}
+
+QString ThumbnailProvider::sourceForPath(const QString &absolutePath, int width)
+{
+    return sourceStemForPath(absolutePath) + u'?' + QString::number(width);
 }
 
 ItemFileResolver ThumbnailProvider::databaseResolver(std::shared_ptr<DatabaseQueue> queue)

@@ -41,6 +41,8 @@ public:
     [[nodiscard]] static int widthBucket(double pixels);
     /** Source URL text for an item's thumbnail at a width bucket. */
     [[nodiscard]] static QString sourceForItem(const QString &itemId, int width);
+    /** Source URL text for any file's thumbnail, without the width (cards add their own). */
+    [[nodiscard]] static QString sourceStemForPath(const QString &absolutePath);
     /** Source URL text for any file's thumbnail at a width bucket. */
     [[nodiscard]] static QString sourceForPath(const QString &absolutePath, int width);
 
