@@ -2,11 +2,13 @@
 
 #include "app/lifecycle/appdelegate.h"
 #include "app/lifecycle/frameprobe.h"
+#include "app/lifecycle/inputactivity.h"
 #include "app/lifecycle/diagnostics.h"
 #include "app/lifecycle/quitsignals.h"
 #include "app/lifecycle/singleinstance.h"
 #include "app/platform/desktopcolorscheme.h"
 #include "app/platform/systemdesktop.h"
+#include "app/platform/scenegraphbackend.h"
 #include "app/platform/trayicon.h"
 #include "core/appsettings.h"
 #include "core/database.h"
@@ -35,6 +37,7 @@
 #include "understanding/enrichment/enrichmentservice.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QEventLoop>
 #include <QIcon>
 #include <QQmlApplicationEngine>
@@ -121,6 +124,12 @@ int runApplication(int argc, char **argv)
     // The shelf, the hotkeys and the bridge live on without a window; only a quit ends the program.
     QApplication::setQuitOnLastWindowClosed(false);
     LibraryLocation::setArguments(QApplication::arguments());
+    {
+        QElapsedTimer chosen;
+        chosen.start();
+        const QString backend = chooseSceneGraphBackend();
+        systemLog(u"[Launch] drawing: "_s + backend + u" (chosen in "_s + QString::number(chosen.elapsed()) + u" ms)"_s);
+    }
 
     DesktopColorScheme desktopScheme;
     AppSettings settings;
@@ -169,10 +178,12 @@ int runApplication(int argc, char **argv)
     delegate.didFinishLaunching(root);
 
     SystemDesktop desktop;
+    InputActivity input;
     Store store(&settings);
     store.setDesktop(&desktop);
     store.setCollectionCountsInBackground(true);
     store.setFirstRowsReadAhead(true);
+    store.setMemorySettleGate([&input] { return input.quietFor(1500); });
     store.initialise();
     delegate.setStore(&store);
     QmlServices::publishStore(&store);

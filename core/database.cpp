@@ -8,6 +8,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cstring>
 
 using namespace Qt::StringLiterals;
@@ -161,6 +162,41 @@ std::optional<double> Row::optionalReal(const char *column) const
     if (isNull(index))
         return std::nullopt;
     return real(index);
+}
+
+bool Row::holds(const char *column, const std::optional<QString> &value) const
+{
+    const int index = require(column);
+    if (isNull(index))
+        return !value;
+    if (!value)
+        return false;
+    const auto *data = reinterpret_cast<const char *>(sqlite3_column_text(m_statement, index));
+    const qsizetype bytes = data ? sqlite3_column_bytes(m_statement, index) : 0;
+    // As many bytes as UTF-16 units means plain ASCII, which compares as Latin-1 at full speed;
+    // decoding UTF-8 character by character costs more than reading the row afresh.
+    if (bytes == value->size() && QStringView(*value) == QLatin1StringView(data, bytes))
+        return std::all_of(data, data + bytes, [](char c) { return (uchar(c) & 0x80) == 0; })
+            || QAnyStringView::equal(QStringView(*value), QUtf8StringView(data, bytes));
+    if (bytes == value->size())
+        return false;
+    return QAnyStringView::equal(QStringView(*value), QUtf8StringView(data, bytes));
+}
+
+bool Row::holds(const char *column, const std::optional<qint64> &value) const
+{
+    const int index = require(column);
+    if (isNull(index))
+        return !value;
+    return value && *value == integer(index);
+}
+
+bool Row::holds(const char *column, const std::optional<double> &value) const
+{
+    const int index = require(column);
+    if (isNull(index))
+        return !value;
+    return value && *value == real(index);
 }
 
 std::optional<QByteArray> Row::optionalBlob(const char *column) const

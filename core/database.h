@@ -88,6 +88,14 @@ public:
     [[nodiscard]] std::optional<double> optionalReal(const char *column) const;
     [[nodiscard]] std::optional<QByteArray> optionalBlob(const char *column) const;
 
+    /**
+     * Whether the column holds this value, NULL standing for nothing, the same as the matching
+     * read would give; text is compared in place, without making a string.
+     */
+    [[nodiscard]] bool holds(const char *column, const std::optional<QString> &value) const;
+    [[nodiscard]] bool holds(const char *column, const std::optional<qint64> &value) const;
+    [[nodiscard]] bool holds(const char *column, const std::optional<double> &value) const;
+
 private:
     int require(const char *column) const;
 

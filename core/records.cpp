@@ -123,6 +123,21 @@ LibraryItem LibraryItem::fromRow(const Row &row)
     return item;
 }
 
+bool LibraryItem::isReadFrom(const Row &row) const
+{
+    // The id first: in a list that changed, most rows differ there.
+    return row.holds("id", std::optional(id)) && row.holds("kind", std::optional(kind))
+        && row.holds("title", title) && row.holds("note", note) && row.holds("sourceURL", sourceURL)
+        && row.holds("viaURL", viaURL) && row.holds("remoteURL", remoteURL) && row.holds("filePath", filePath)
+        && row.holds("fileHash", fileHash) && row.holds("fileSize", fileSize) && row.holds("width", width)
+        && row.holds("height", height) && row.holds("duration", duration)
+        && row.holds("createdAt", std::optional(createdAt)) && row.holds("addedAt", std::optional(addedAt))
+        && row.holds("modifiedAt", std::optional(modifiedAt)) && row.holds("deletedAt", deletedAt)
+        && row.holds("hiddenAt", hiddenAt) && favourite == row.boolean("favourite") && row.holds("ocrText", ocrText)
+        && row.holds("aiCaption", aiCaption) && row.holds("colors", colors) && row.holds("enrichedAt", enrichedAt)
+        && row.holds("openCount", std::optional(openCount)) && row.holds("lastOpenedAt", lastOpenedAt);
+}
+
 QVariantMap LibraryItem::columns() const
 {
     return {

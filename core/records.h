@@ -82,6 +82,8 @@ struct LibraryItem {
     static constexpr const char *tableName = "item";
     static const QStringList &primaryKey();
     static LibraryItem fromRow(const Row &row);
+    /** Whether `fromRow(row)` would give this very item, found without making one. */
+    [[nodiscard]] bool isReadFrom(const Row &row) const;
     [[nodiscard]] QVariantMap columns() const;
     [[nodiscard]] QJsonObject toJson() const;
     bool operator==(const LibraryItem &) const = default;

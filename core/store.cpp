@@ -35,11 +35,17 @@ Store::Store(AppSettings *settings, QObject *parent) : QObject(parent), m_settin
     m_memorySettle.setSingleShot(true);
     m_memorySettle.setInterval(memorySettleDelay);
     connect(&m_memorySettle, &QTimer::timeout, this, [this] {
-        m_workers.start([queue = m_dbQueue] {
+        // Trimming a large heap holds the allocator for tens of milliseconds, so it waits for a
+        // pause in the person's input; unmapping the file's pages holds nobody and goes now.
+        const bool trim = !m_memorySettleGate || m_memorySettleGate();
+        m_workers.start([queue = m_dbQueue, trim] {
             if (queue)
                 queue->releaseMappedPages();
-            returnFreedHeapMemory();
+            if (trim)
+                returnFreedHeapMemory();
         });
+        if (!trim)
+            m_memorySettle.start();
     });
 }
 

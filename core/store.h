@@ -175,6 +175,11 @@ public:
     /** The window reads the collections' counts on a worker; a command wants them at once. */
     void setCollectionCountsInBackground(bool later) { m_collectionCountsInBackground = later; }
     /**
+     * After large reloads the freed memory goes back to the system once things settle, and, with
+     * a gate, only when the gate says it is a good moment (the window: no input for a while).
+     */
+    void setMemorySettleGate(std::function<bool()> gate) { m_memorySettleGate = std::move(gate); }
+    /**
      * The window has the first list read on a worker while it builds itself; the first reload
      * takes those rows when its query is the same and nothing was written since.
      */
@@ -677,6 +682,7 @@ private:
     /** Restarted by every large release; when it fires, the freed memory goes back to the system. */
     QTimer m_memorySettle;
     static constexpr int memorySettleDelay = 2000;
+    std::function<bool()> m_memorySettleGate;
 
     /** Off-main-thread work (tint, copies to Downloads); the Store's end waits for it. */
     QThreadPool m_workers;

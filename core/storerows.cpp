@@ -1,6 +1,7 @@
 #include "core/store.h"
 
 #include "core/appsettings.h"
+#include "core/backgroundpriority.h"
 #include "core/itemcolours.h"
 #include "core/itemqueries.h"
 #include "core/systemlog.h"
@@ -53,11 +54,23 @@ void Store::setSearchRunner(SearchRunner runner)
 
 namespace {
 
-QList<LibraryItem> readRows(Database &db, const SqlQuery &query, qsizetype expected)
+/**
+ * The rows of a query. A row equal to the one at the same place in `shown` (the list on screen)
+ * is taken from there: the two lists then share its strings, so a reload that changes a few rows
+ * costs one array rather than a hundred thousand records, and freeing the old list frees little.
+ */
+QList<LibraryItem> readRows(
+    Database &db, const SqlQuery &query, qsizetype expected, const QList<LibraryItem> &shown = {})
 {
     QList<LibraryItem> rows;
     rows.reserve(expected);
-    db.forEach(query.sql, query.arguments, [&](const Row &row) { rows.append(LibraryItem::fromRow(row)); });
+    db.forEach(query.sql, query.arguments, [&](const Row &row) {
+        const qsizetype at = rows.size();
+        if (at < shown.size() && shown[at].isReadFrom(row))
+            rows.append(shown[at]);
+        else
+            rows.append(LibraryItem::fromRow(row));
+    });
     return rows;
 }
 
@@ -159,7 +172,11 @@ void Store::refreshItems()
     const qsizetype expected = expectedRowCount();
     readInBackground<QList<LibraryItem>>(
         m_searchGeneration, u"reloadItems"_s,
-        [query = *query, expected](Database &db) { return readRows(db, query, expected); },
+        [query = *query, expected, shown = m_items](Database &db) {
+            // Nobody waits for a refresh: the frames being drawn meanwhile come first.
+            lowerCurrentThreadPriority();
+            return readRows(db, query, expected, shown);
+        },
         [this](QList<LibraryItem> rows) {
             m_rowsFromSearch = false;
             publishRows(std::move(rows));

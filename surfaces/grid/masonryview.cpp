@@ -398,8 +398,12 @@ QVariantMap MasonryView::cardValues(QObject *card, int row) const
     };
     const QModelIndex index = m_model->index(row);
     const auto roles = m_model->roleNames();
-    for (auto it = roles.cbegin(); it != roles.cend(); ++it)
-        put(it.value(), m_model->data(index, it.key()));
+    // Only the roles the card declares are worked out: dates, sizes and palettes cost real time
+    // for every card that comes into view.
+    for (auto it = roles.cbegin(); it != roles.cend(); ++it) {
+        if (declares(card, it.value().constData()))
+            values.insert(QString::fromLatin1(it.value()), m_model->data(index, it.key()));
+    }
     const QString id = m_model->idAt(row);
     const QRectF frame = m_layout.frames().value(row);
     // The card completes at its size, so its text is laid out once.

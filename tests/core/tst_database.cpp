@@ -315,6 +315,78 @@ private Q_SLOTS:
         });
         QVERIFY(back && *back == item);
     }
+
+    void rowsTellWhetherTheyHoldAnItem_data()
+    {
+        QTest::addColumn<QString>("field");
+        QTest::newRow("the same item") << QString();
+        QTest::newRow("id") << u"id"_s;
+        QTest::newRow("a title that appears") << u"title"_s;
+        QTest::newRow("a title that goes") << u"title gone"_s;
+        QTest::newRow("non-ASCII title, one letter other") << u"title accent"_s;
+        // "Ã©" is the bytes of UTF-8 "é" read as Latin-1: same length, must still differ.
+        QTest::newRow("UTF-8 bytes read as Latin-1") << u"title mojibake"_s;
+        QTest::newRow("file size") << u"fileSize"_s;
+        QTest::newRow("width") << u"width"_s;
+        QTest::newRow("a deletion") << u"deletedAt"_s;
+        QTest::newRow("favourite") << u"favourite"_s;
+        QTest::newRow("open count") << u"openCount"_s;
+        QTest::newRow("palette") << u"colors"_s;
+    }
+
+    void rowsTellWhetherTheyHoldAnItem()
+    {
+        QFETCH(QString, field);
+        kivo::LibraryItem item;
+        item.id = kivo::newIdentifier();
+        item.kind = u"image"_s;
+        item.title = u"Caf\u00e9 \u2014 \U0001F600 menu"_s;
+        item.filePath = u"2024-05/menu.png"_s;
+        item.fileSize = 4096;
+        item.width = 800.5;
+        item.colors = u"[\"#A03020\"]"_s;
+        item.createdAt = item.addedAt = item.modifiedAt = 1.7e9 + 0.25;
+        item.openCount = 3;
+        m_queue->write([&](Database &db) { db.insert(item); });
+
+        kivo::LibraryItem other = item;
+        if (field == u"id")
+            other.id = kivo::newIdentifier();
+        else if (field == u"title")
+            other.title = u"Caf\u00e9 \u2014 \U0001F600 menu!"_s;
+        else if (field == u"title gone")
+            other.title.reset();
+        else if (field == u"title accent")
+            other.title = u"Caf\u00e8 \u2014 \U0001F600 menu"_s;
+        else if (field == u"fileSize")
+            other.fileSize = 4097;
+        else if (field == u"width")
+            other.width.reset();
+        else if (field == u"deletedAt")
+            other.deletedAt = 5.0;
+        else if (field == u"favourite")
+            other.favourite = true;
+        else if (field == u"openCount")
+            other.openCount = 4;
+        else if (field == u"colors")
+            other.colors = u"[\"#A03021\"]"_s;
+        if (field == u"title mojibake") {
+            // Stored as the two-byte UTF-8 of "é"; compared with the two Latin-1 letters "Ã©".
+            m_queue->write([&](Database &db) {
+                db.execute(u"UPDATE item SET title = ? WHERE id = ?"_s, {u"\u00e9"_s, item.id});
+            });
+            item.title = u"\u00e9"_s;
+            other.title = QString::fromLatin1("\xc3\xa9");
+        }
+
+        m_queue->read([&](Database &db) {
+            db.forEach(u"SELECT * FROM item WHERE id = ?"_s, {item.id}, [&](const kivo::Row &row) {
+                QVERIFY(item.isReadFrom(row));
+                QCOMPARE(kivo::LibraryItem::fromRow(row), item);
+                QCOMPARE(other.isReadFrom(row), field.isEmpty());
+            });
+        });
+    }
 };
 
 QTEST_GUILESS_MAIN(TestDatabase)

@@ -44,6 +44,7 @@ private Q_SLOTS:
     void accent();
     void traceLinesOnlyWhenAsked();
     void searchRunnerAndLateResults();
+    void refreshReadsOnAWorkerAndKeepsUnchangedRows();
     void failedReadsLogAndEmptyTheRows();
     void trayPreviewsMergeDescendants();
     void canvasPositionsStackOnTop();
@@ -490,6 +491,41 @@ void TestStore::searchRunnerAndLateResults()
     QCOMPARE(idsOf(store.items()), QStringList{first});
     store.applySearchResults(requests.last().generation, {world.item(second), world.item(first)});
     QCOMPARE(idsOf(store.items()), (QStringList{second, first}));
+}
+
+void TestStore::refreshReadsOnAWorkerAndKeepsUnchangedRows()
+{
+    StoreWorld world;
+    const QString older = world.addItem(u"image"_s, 1);
+    const QString newer = world.addItem(u"image"_s, 2);
+    Store &store = world.store;
+    store.reloadItems();
+    const QList<LibraryItem> before = store.items();
+    QCOMPARE(idsOf(before), (QStringList{newer, older}));
+
+    // Background reading changes a row behind the Store's back, then asks for a refresh.
+    world.db().write([&](Database &db) { db.execute(u"UPDATE item SET title = 'Read' WHERE id = ?"_s, {older}); });
+    QSignalSpy changed(&store, &Store::itemsChanged);
+    store.refreshItems();
+    QCOMPARE(changed.count(), 0); // the rows are read on a worker and arrive through the event loop
+    QTRY_COMPARE(changed.count(), 1);
+    const QList<LibraryItem> after = store.items();
+    QCOMPARE(idsOf(after), (QStringList{newer, older}));
+    QCOMPARE(after[1].title, std::optional<QString>(u"Read"_s));
+    // The unchanged row is the shown one, strings and all; the changed one was read anew.
+    QCOMPARE(after[0], before[0]);
+    QVERIFY(after[0].id.constData() == before[0].id.constData());
+    QVERIFY(after[1].id.constData() != before[1].id.constData());
+
+    // A reload that comes while a refresh is being read wins: the refresh's rows are dropped.
+    world.db().write([&](Database &db) { db.execute(u"UPDATE item SET title = 'Later' WHERE id = ?"_s, {older}); });
+    store.refreshItems();
+    store.setSelectionKey(u"favourites"_s);
+    QVERIFY(store.items().isEmpty());
+    QTest::qWait(300);
+    QVERIFY(store.items().isEmpty());
+    store.setSelection(SidebarSelection::all());
+    QCOMPARE(store.items()[1].title, std::optional<QString>(u"Later"_s));
 }
 
 void TestStore::failedReadsLogAndEmptyTheRows()

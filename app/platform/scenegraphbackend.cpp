@@ -1,0 +1,60 @@
+#include "app/platform/scenegraphbackend.h"
+
+#include <QGuiApplication>
+#include <QOffscreenSurface>
+#include <QOpenGLContext>
+#include <QOpenGLFunctions>
+#include <QQuickWindow>
+#include <QSGRendererInterface>
+
+using namespace Qt::StringLiterals;
+
+namespace kivo {
+
+bool isSoftwareRasterizer(const QString &glRenderer)
+{
+    static const QStringList names{u"llvmpipe"_s, u"softpipe"_s, u"swrast"_s, u"software rasterizer"_s,
+        u"swr ("_s, u"lavapipe"_s, u"microsoft basic render"_s};
+    const QString lower = glRenderer.toLower();
+    return std::any_of(names.cbegin(), names.cend(), [&](const QString &name) { return lower.contains(name); });
+}
+
+namespace {
+
+/** The OpenGL renderer's name, or nothing when no OpenGL context can be made at all. */
+std::optional<QString> openGlRenderer()
+{
+    QOffscreenSurface surface;
+    surface.create();
+    QOpenGLContext context;
+    if (!surface.isValid() || !context.create() || !context.makeCurrent(&surface))
+        return std::nullopt;
+    const auto *name = reinterpret_cast<const char *>(context.functions()->glGetString(GL_RENDERER));
+    QString renderer = name ? QString::fromLatin1(name) : QString();
+    context.doneCurrent();
+    return renderer;
+}
+
+} // namespace
+
+QString chooseSceneGraphBackend()
+{
+    if (qEnvironmentVariableIsSet("QT_QUICK_BACKEND") || qEnvironmentVariableIsSet("QSG_RHI_BACKEND"))
+        return u"as the environment asks"_s;
+    const QString platform = QGuiApplication::platformName();
+    // These platforms draw without OpenGL already.
+    if (platform == u"offscreen" || platform == u"minimal" || platform == u"vnc")
+        return u"Qt Quick's default for "_s + platform;
+    const std::optional<QString> renderer = openGlRenderer();
+    if (!renderer) {
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+        return u"software (no OpenGL)"_s;
+    }
+    if (isSoftwareRasterizer(*renderer)) {
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+        return u"software (OpenGL is "_s + *renderer + u')';
+    }
+    return u"hardware ("_s + *renderer + u')';
+}
+
+} // namespace kivo
