@@ -24,6 +24,9 @@ thread_local QSet<const void *> t_heldQueues;
 // Searches read thousands of rows; through a map of the file they skip copying every page from
 // the system's cache into SQLite's own small one.
 const QString mappedReads = QStringLiteral("PRAGMA mmap_size = 1073741824");
+// A list sorted by a column without an index (a collection by its additions, the trash by its
+// deletions) goes through SQLite's sorter, which otherwise writes every run past 2 MB to a file.
+const QString sortsInMemory = QStringLiteral("PRAGMA temp_store = MEMORY");
 
 QString lastError(sqlite3 *connection)
 {
@@ -181,6 +184,13 @@ bool Row::holds(const char *column, const std::optional<QString> &value) const
     if (bytes == value->size())
         return false;
     return QAnyStringView::equal(QStringView(*value), QUtf8StringView(data, bytes));
+}
+
+QByteArrayView Row::utf8(const char *column) const
+{
+    const int index = require(column);
+    const auto *data = reinterpret_cast<const char *>(sqlite3_column_text(m_statement, index));
+    return data ? QByteArrayView(data, sqlite3_column_bytes(m_statement, index)) : QByteArrayView();
 }
 
 bool Row::holds(const char *column, const std::optional<qint64> &value) const
@@ -441,7 +451,9 @@ std::shared_ptr<DatabaseQueue> DatabaseQueue::openUnmigrated(const QString &path
     std::shared_ptr<DatabaseQueue> queue(new DatabaseQueue(path, connection));
     // Reads map the file rather than copy each page out of the system's cache into SQLite's small
     // one: a search that reads thousands of rows spent a third of its time in those copies.
-    queue->barrier([](Database &db) { db.executeScript(u"PRAGMA foreign_keys = ON; "_s + mappedReads); });
+    queue->barrier([](Database &db) {
+        db.executeScript(u"PRAGMA foreign_keys = ON; "_s + mappedReads + u"; "_s + sortsInMemory);
+    });
     return queue;
 }
 

@@ -95,6 +95,8 @@ public:
     [[nodiscard]] bool holds(const char *column, const std::optional<QString> &value) const;
     [[nodiscard]] bool holds(const char *column, const std::optional<qint64> &value) const;
     [[nodiscard]] bool holds(const char *column, const std::optional<double> &value) const;
+    /** The column's text as SQLite holds it (UTF-8), valid until the next row. */
+    [[nodiscard]] QByteArrayView utf8(const char *column) const;
 
 private:
     int require(const char *column) const;

@@ -92,11 +92,28 @@ const QStringList &LibraryItem::primaryKey()
     return key;
 }
 
+namespace {
+
+/** A row's kind: the known ones share one string each rather than taking an allocation a row. */
+QString sharedKind(const Row &row)
+{
+    static const std::array<std::pair<QByteArrayView, QString>, 5> known{{{"image", u"image"_s},
+        {"video", u"video"_s}, {"link", u"link"_s}, {"text", u"text"_s}, {"file", u"file"_s}}};
+    const QByteArrayView kind = row.utf8("kind");
+    for (const auto &[bytes, shared] : known) {
+        if (kind == bytes)
+            return shared;
+    }
+    return row.text("kind");
+}
+
+} // namespace
+
 LibraryItem LibraryItem::fromRow(const Row &row)
 {
     LibraryItem item;
     item.id = row.text("id");
-    item.kind = row.text("kind");
+    item.kind = sharedKind(row);
     item.title = row.optionalText("title");
     item.note = row.optionalText("note");
     item.sourceURL = row.optionalText("sourceURL");
