@@ -11,8 +11,6 @@
 #include "app/platform/scenegraphbackend.h"
 #include "app/platform/trayicon.h"
 #include "core/appsettings.h"
-#include "core/database.h"
-#include "core/heaptrim.h"
 #include "core/launchoptions.h"
 #include "core/librarylocation.h"
 #include "core/librarylock.h"
@@ -44,7 +42,6 @@
 #include <QQuickWindow>
 #include <QQmlEngine>
 #include <QScopeGuard>
-#include <QThreadPool>
 #include <QTimer>
 #include <QWindow>
 #include <QtQml/qqmlextensionplugin.h>
@@ -216,17 +213,10 @@ int runApplication(int argc, char **argv)
     const auto forgetThumbnailCache = qScopeGuard([thumbnailCache] { MemoryCaches::remove(thumbnailCache); });
     // The library file's mapped pages are a cache as well; the first load leaves most of the file
     // mapped, so once it has settled they go back, and again at every purge.
-    const auto releaseLibraryPages = [queue = std::weak_ptr<DatabaseQueue>(store.dbQueue())] {
-        QThreadPool::globalInstance()->start([queue] {
-            if (const auto open = queue.lock())
-                open->releaseMappedPages();
-            returnFreedHeapMemory();
-        });
-    };
-    const int libraryPages = MemoryCaches::add(u"library file pages"_s, releaseLibraryPages);
+    const int libraryPages = MemoryCaches::add(u"library file pages"_s, [&store] { store.giveBackMemory(); });
     const auto forgetLibraryPages = qScopeGuard([libraryPages] { MemoryCaches::remove(libraryPages); });
     QObject::connect(&store, &Store::didInitialLoadChanged, &store,
-        [releaseLibraryPages, &store] { QTimer::singleShot(1500, &store, releaseLibraryPages); });
+        [&store] { QTimer::singleShot(1500, &store, [&store] { store.giveBackMemory(); }); });
     engine.load(QUrl(u"qrc:/Kivo/window/Main.qml"_s));
     if (engine.rootObjects().isEmpty()) {
         delegate.willTerminate();

@@ -176,13 +176,12 @@ bool Row::holds(const char *column, const std::optional<QString> &value) const
         return false;
     const auto *data = reinterpret_cast<const char *>(sqlite3_column_text(m_statement, index));
     const qsizetype bytes = data ? sqlite3_column_bytes(m_statement, index) : 0;
-    // As many bytes as UTF-16 units means plain ASCII, which compares as Latin-1 at full speed;
-    // decoding UTF-8 character by character costs more than reading the row afresh.
-    if (bytes == value->size() && QStringView(*value) == QLatin1StringView(data, bytes))
-        return std::all_of(data, data + bytes, [](char c) { return (uchar(c) & 0x80) == 0; })
-            || QAnyStringView::equal(QStringView(*value), QUtf8StringView(data, bytes));
-    if (bytes == value->size())
-        return false;
+    // Equal texts have as many UTF-8 bytes as UTF-16 units only when they are plain ASCII, which
+    // compares as Latin-1 at full speed; decoding UTF-8 letter by letter costs more than a fresh read.
+    if (bytes == value->size()) {
+        return QStringView(*value) == QLatin1StringView(data, bytes)
+            && std::all_of(data, data + bytes, [](char c) { return (uchar(c) & 0x80) == 0; });
+    }
     return QAnyStringView::equal(QStringView(*value), QUtf8StringView(data, bytes));
 }
 

@@ -38,14 +38,19 @@ Store::Store(AppSettings *settings, QObject *parent) : QObject(parent), m_settin
         // Trimming a large heap holds the allocator for tens of milliseconds, so it waits for a
         // pause in the person's input; unmapping the file's pages holds nobody and goes now.
         const bool trim = !m_memorySettleGate || m_memorySettleGate();
-        m_workers.start([queue = m_dbQueue, trim] {
-            if (queue)
-                queue->releaseMappedPages();
-            if (trim)
-                returnFreedHeapMemory();
-        });
+        giveBackMemory(trim);
         if (!trim)
             m_memorySettle.start();
+    });
+}
+
+void Store::giveBackMemory(bool trimHeap)
+{
+    m_workers.start([queue = m_dbQueue, trimHeap] {
+        if (queue)
+            queue->releaseMappedPages();
+        if (trimHeap)
+            returnFreedHeapMemory();
     });
 }
 

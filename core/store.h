@@ -180,6 +180,11 @@ public:
      */
     void setMemorySettleGate(std::function<bool()> gate) { m_memorySettleGate = std::move(gate); }
     /**
+     * On a worker: lets go of the library file's mapped pages (they stay in the system's file
+     * cache) and, with `trimHeap`, returns the heap's freed pages to the system. For memory purges.
+     */
+    void giveBackMemory(bool trimHeap = true);
+    /**
      * The window has the first list read on a worker while it builds itself; the first reload
      * takes those rows when its query is the same and nothing was written since.
      */
