@@ -41,6 +41,7 @@ struct ProbeRecord {
     std::optional<double> firstGridFrameMs;
     QList<qint64> frames;
     QList<std::pair<qint64, qint64>> busy; // the main thread away from its event loop, from and to
+    QList<std::pair<qint64, qint64>> waits; // the main thread waiting for the render thread to be free
     qint64 lastResidentBytes = 0;
 };
 
@@ -61,6 +62,8 @@ ProbeRecord readProbe(const QString &path)
             record.frames.append(value.toLongLong());
         else if (const QList<QByteArray> span = value.split(' '); key == "busy" && span.size() == 2)
             record.busy.append({span.at(0).toLongLong(), span.at(1).toLongLong()});
+        else if (const QList<QByteArray> span = value.split(' '); key == "wait" && span.size() == 2)
+            record.waits.append({span.at(0).toLongLong(), span.at(1).toLongLong()});
         else if (key == "first-grid-frame-ms")
             record.firstGridFrameMs = value.toDouble();
         else if (key == "rss-bytes")
@@ -92,7 +95,17 @@ struct RunFigures {
     double residentAfterScrollMb = 0;
     QList<double> frameMs;
     QList<double> busyMs; // the main thread's stretches over 8 ms away from its event loop
+    QList<double> workMs; // the same stretches less the time spent waiting for the render thread
 };
+
+// How much of [from, to] the sorted, disjoint spans cover.
+qint64 coveredBy(qint64 from, qint64 to, const QList<std::pair<qint64, qint64>> &spans)
+{
+    qint64 covered = 0;
+    for (const auto &[start, end] : spans)
+        covered += std::max<qint64>(0, std::min(to, end) - std::max(from, start));
+    return covered;
+}
 
 // The process's CPU time so far, in clock ticks (user and system), from /proc/PID/stat.
 qint64 cpuTicks(qint64 pid)
@@ -200,8 +213,10 @@ std::optional<RunFigures> runOnce(const QString &kivo, const QString &library, c
             figures.frameMs.append(double(record.frames.at(i) - record.frames.at(i - 1)) / 1e6);
     }
     for (const auto &[from, to] : std::as_const(record.busy)) {
-        if (to >= scrollStart && from <= scrollEnd)
+        if (to >= scrollStart && from <= scrollEnd) {
             figures.busyMs.append(double(to - from) / 1e6);
+            figures.workMs.append(double(to - from - coveredBy(from, to, record.waits)) / 1e6);
+        }
     }
     return figures;
 }
@@ -258,15 +273,22 @@ int main(int argc, char **argv)
             return 1;
         const qsizetype over16 = std::count_if(figures->frameMs.cbegin(), figures->frameMs.cend(),
                                                [](double ms) { return ms > 16.7; });
+        const qsizetype missed = std::count_if(figures->frameMs.cbegin(), figures->frameMs.cend(),
+                                               [](double ms) { return ms > 25; });
         const qsizetype stalls = std::count_if(figures->busyMs.cbegin(), figures->busyMs.cend(),
                                                [](double ms) { return ms > 16; });
+        const qsizetype workStalls = std::count_if(figures->workMs.cbegin(), figures->workMs.cend(),
+                                                   [](double ms) { return ms > 16; });
         std::printf("run %d: first grid frame %.0f ms; memory %.0f MB after launch, %.0f MB after scrolling; "
                     "%lld frames while scrolling, median %.1f ms, 99th percentile %.1f ms, longest %.1f ms, "
-                    "%lld over 16.7 ms; main thread away from its loop over 16 ms: %lld times, longest %.1f ms\n",
+                    "%lld over 16.7 ms, %lld over 25 ms; main thread away from its loop over 16 ms: %lld times, "
+                    "longest %.1f ms; of that at work (not waiting for the render thread) over 16 ms: %lld "
+                    "times, longest %.1f ms\n",
                     run + 1, figures->launchMs, figures->residentAfterLaunchMb, figures->residentAfterScrollMb,
                     qlonglong(figures->frameMs.size()), percentile(figures->frameMs, 0.5),
                     percentile(figures->frameMs, 0.99), percentile(figures->frameMs, 1.0), qlonglong(over16),
-                    qlonglong(stalls), percentile(figures->busyMs, 1.0));
+                    qlonglong(missed), qlonglong(stalls), percentile(figures->busyMs, 1.0), qlonglong(workStalls),
+                    percentile(figures->workMs, 1.0));
         std::fflush(stdout);
         launches.append(figures->launchMs);
         frames.append(figures->frameMs);

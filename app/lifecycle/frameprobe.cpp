@@ -6,6 +6,7 @@
 
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QThread>
 
 #include <ctime>
 #include <unistd.h>
@@ -74,6 +75,15 @@ FrameProbe::FrameProbe(QQuickWindow *window, const QString &path)
         qWarning("kivo: cannot write the frame probe to %s", qPrintable(path));
     // Frames are swapped on the render thread when there is one; the record is kept on this one.
     connect(window, &QQuickWindow::frameSwapped, this, &FrameProbe::frameSwapped, Qt::QueuedConnection);
+    // The main thread asks for the scene to be taken right after animating and then waits; the
+    // render thread starts taking it when it is free. Between the two the main thread is blocked.
+    connect(window, &QQuickWindow::afterAnimating, this, [this] { m_syncAskedNs = monotonicNs(); },
+        Qt::DirectConnection);
+    connect(window, &QQuickWindow::beforeSynchronizing, this, [this] {
+        if (QThread::currentThread() == thread() || m_syncAskedNs == 0)
+            return; // no render thread: nothing waits
+        append("wait " + QByteArray::number(m_syncAskedNs) + ' ' + QByteArray::number(monotonicNs()) + '\n');
+    }, Qt::DirectConnection);
     // A fine timer on the main thread: a late tick is time the thread spent away from its loop.
     m_loopTick.setTimerType(Qt::PreciseTimer);
     m_loopTick.setInterval(loopTickMs);
@@ -92,10 +102,10 @@ bool FrameProbe::gridShowsCards() const
 void FrameProbe::frameSwapped()
 {
     const qint64 now = monotonicNs();
-    m_pending += "frame " + QByteArray::number(now) + '\n';
+    append("frame " + QByteArray::number(now) + '\n');
     if (!m_sawGrid && gridShowsCards()) {
         m_sawGrid = true;
-        m_pending += "first-grid-frame-ms " + QByteArray::number(double(now - m_startNs) / 1e6, 'f', 1) + '\n';
+        append("first-grid-frame-ms " + QByteArray::number(double(now - m_startNs) / 1e6, 'f', 1) + '\n');
         flush();
     }
 }
@@ -106,13 +116,20 @@ void FrameProbe::loopTicked()
     constexpr qint64 worthNoting = 8'000'000;
     const qint64 due = m_lastTickNs + loopTickMs * 1'000'000;
     if (m_lastTickNs != 0 && now - due > worthNoting)
-        m_pending += "busy " + QByteArray::number(due) + ' ' + QByteArray::number(now) + '\n';
+        append("busy " + QByteArray::number(due) + ' ' + QByteArray::number(now) + '\n');
     m_lastTickNs = now;
+}
+
+void FrameProbe::append(const QByteArray &line)
+{
+    const QMutexLocker locker(&m_pendingLock);
+    m_pending += line;
 }
 
 void FrameProbe::flush()
 {
-    m_pending += "rss-bytes " + QByteArray::number(MemoryWatch::residentBytes()) + '\n';
+    append("rss-bytes " + QByteArray::number(MemoryWatch::residentBytes()) + '\n');
+    const QMutexLocker locker(&m_pendingLock);
     m_file.write(m_pending);
     m_pending.clear();
 }

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <atomic>
+
 #include <QElapsedTimer>
 #include <QFile>
+#include <QMutex>
 #include <QObject>
 #include <QPointer>
 #include <QTimer>
@@ -18,6 +21,10 @@ namespace kivo {
  * so that a driver outside the process can time a launch and a scroll made with real input.
  * It also writes every stretch over 8 ms that the main thread spent away from its event loop
  * (a 4 ms timer that fires late), which is what delays input and the next frame's preparation.
+ * With a render thread, the main thread also waits in every frame for that thread to take the
+ * new scene, which happens once the previous frame has been painted and shown at the screen's
+ * rate; these waits are written too ("wait FROM TO"), so that a driver can tell the main thread
+ * held up by its own work from one paced by the display.
  */
 class FrameProbe : public QObject
 {
@@ -31,11 +38,14 @@ private:
     void frameSwapped();
     void loopTicked();
     void flush();
+    void append(const QByteArray &line);
     [[nodiscard]] bool gridShowsCards() const;
 
     QPointer<QQuickWindow> m_window;
     QFile m_file;
+    QMutex m_pendingLock; // the render thread writes its waits too
     QByteArray m_pending;
+    std::atomic<qint64> m_syncAskedNs = 0;
     QTimer m_flushTimer;
     qint64 m_startNs = 0;
     bool m_sawGrid = false;

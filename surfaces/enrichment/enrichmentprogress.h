@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QObject>
+#include <QTimer>
 #include <QtQml/qqmlregistration.h>
 
 namespace kivo {
@@ -8,7 +10,9 @@ namespace kivo {
 /**
  * How many items background reading still has before it, for the window's quiet indicator. The
  * reading runs on its own thread; this object lives on the main thread and is told the count
- * through queued calls, so QML reads a plain property.
+ * through queued calls, so QML reads a plain property. Reading can finish hundreds of items a
+ * second, and every new count lays its text out again, so changes are shown at most every
+ * quarter second; starting and finishing show at once.
  */
 class EnrichmentProgress : public QObject
 {
@@ -20,7 +24,7 @@ class EnrichmentProgress : public QObject
     Q_PROPERTY(int pendingCount READ pendingCount NOTIFY pendingCountChanged)
 
 public:
-    explicit EnrichmentProgress(QObject *parent = nullptr) : QObject(parent) { }
+    explicit EnrichmentProgress(QObject *parent = nullptr);
 
     [[nodiscard]] int pendingCount() const { return m_pendingCount; }
     void setPendingCount(int count);
@@ -29,7 +33,12 @@ Q_SIGNALS:
     void pendingCountChanged();
 
 private:
+    void show();
+
     int m_pendingCount = 0;
+    int m_latestCount = 0;
+    QElapsedTimer m_sinceShown;
+    QTimer m_showLater;
 };
 
 } // namespace kivo
