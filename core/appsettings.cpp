@@ -256,6 +256,11 @@ void AppSettings::loadGlobalKeys()
     m_backupHour = readInt(defaults.value(u"backupHour"_s), 3);
 }
 
+QString AppSettings::itemSortFor(const QString &viewKey) const
+{
+    return validCase(u"ItemSort"_s, readValue(UserDefaults(), u"itemSort"_s, viewKey), u"newest"_s);
+}
+
 void AppSettings::loadViewPreferences(const QString &viewKey)
 {
     if (m_currentViewKey != viewKey) {

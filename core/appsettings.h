@@ -177,6 +177,8 @@ public:
     [[nodiscard]] bool collectionSortReversed() const { return m_collectionSortReversed; }
     void setCollectionSortReversed(bool value);
     [[nodiscard]] QString itemSort() const { return m_itemSort; }
+    /** The item sort the view with this key would load, without loading it. */
+    [[nodiscard]] QString itemSortFor(const QString &viewKey) const;
     void setItemSort(const QString &value);
     [[nodiscard]] bool shelfEdgeTrigger() const { return m_shelfEdgeTrigger; }
     void setShelfEdgeTrigger(bool value);

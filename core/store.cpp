@@ -42,6 +42,10 @@ Store::Store(AppSettings *settings, QObject *parent) : QObject(parent), m_settin
         if (!trim)
             m_memorySettle.start();
     });
+    // Long enough that a pointer passing over the sidebar on its way elsewhere reads nothing.
+    m_expectationDwell.setSingleShot(true);
+    m_expectationDwell.setInterval(expectationDwell);
+    connect(&m_expectationDwell, &QTimer::timeout, this, &Store::readExpectedSelectionAhead);
 }
 
 void Store::giveBackMemory(bool trimHeap)

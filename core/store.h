@@ -313,6 +313,16 @@ public:
     [[nodiscard]] bool canGoForward() const { return !m_navForward.isEmpty(); }
     Q_INVOKABLE void goBack();
     Q_INVOKABLE void goForward();
+    /**
+     * A person pointing at the sidebar row with this key is likely to choose it. After a short
+     * dwell its rows are read on a worker, so that choosing it then only has to show them; they
+     * are used only if nothing was written since.
+     */
+    Q_INVOKABLE void expectSelection(const QString &key);
+    /** The pointer left that row: a dwell on it still under way ends without reading. */
+    Q_INVOKABLE void stopExpectingSelection(const QString &key);
+    /** Whether rows of the selection with this key are read ahead or being read ahead. */
+    [[nodiscard]] bool readsAhead(const QString &key) const;
 
     [[nodiscard]] QString searchText() const { return m_searchText; }
     void setSearchText(const QString &text);
@@ -557,7 +567,10 @@ private:
     };
 
     void readFirstRowsAhead();
+    void readRowsAhead(const SqlQuery &query, qsizetype expected);
+    void readExpectedSelectionAhead();
     std::optional<QList<LibraryItem>> takeRowsReadAhead(const SqlQuery &query);
+    [[nodiscard]] std::optional<SqlQuery> rowQueryFor(const SidebarSelection &selection) const;
     /** The sidebar's reads that run on workers: the collections' counts, type counts, tray previews. */
     void startSidebarReads();
     void readCollectionCountsInBackground();
@@ -587,11 +600,10 @@ private:
     void saveCollapsed();
     // storerows.cpp
     void publishRows(QList<LibraryItem> rows);
-    [[nodiscard]] qsizetype expectedRowCount() const;
+    [[nodiscard]] qsizetype expectedRowCount(const SidebarSelection &selection) const;
     void rebuildRailSplit();
     void reloadTagNames();
     void startTint();
-    [[nodiscard]] ItemSort currentItemSort() const;
     [[nodiscard]] bool tagNamesNeeded() const;
     // storeselection.cpp
     void applyStoredViewMode();
@@ -617,6 +629,8 @@ private:
     bool m_firstRowsReadAhead = false;
     struct RowsReadAhead;
     std::shared_ptr<RowsReadAhead> m_rowsReadAhead;
+    QString m_expectedSelectionKey;
+    QTimer m_expectationDwell;
 
     QList<LibraryCollection> m_collections;
     std::optional<LibraryCollection> m_inboxCollection;
@@ -687,6 +701,7 @@ private:
     /** Restarted by every large release; when it fires, the freed memory goes back to the system. */
     QTimer m_memorySettle;
     static constexpr int memorySettleDelay = 2000;
+    static constexpr int expectationDwell = 80;
     std::function<bool()> m_memorySettleGate;
 
     /** Off-main-thread work (tint, copies to Downloads); the Store's end waits for it. */

@@ -35,13 +35,6 @@ double elapsedMs(const QElapsedTimer &timer)
 
 } // namespace
 
-ItemSort Store::currentItemSort() const
-{
-    if (m_itemSortOverride)
-        return *m_itemSortOverride;
-    return m_settings ? itemSortFromRaw(m_settings->itemSort()).value_or(ItemSort::newest) : ItemSort::newest;
-}
-
 void Store::setItemSortOverride(std::optional<ItemSort> sort)
 {
     m_itemSortOverride = sort;
@@ -88,21 +81,69 @@ void Store::readFirstRowsAhead()
     // The view's own sort is part of the query; the first load applies the same preferences.
     if (m_settings)
         m_settings->loadViewPreferences(m_selection.key());
-    const std::optional<SqlQuery> query = ItemQueries::rowQuery(m_selection, currentItemSort(), m_inboxId);
-    if (!query || !m_searchText.trimmed().isEmpty())
-        return;
+    if (const std::optional<SqlQuery> query = rowQueryFor(m_selection); query && m_searchText.trimmed().isEmpty())
+        readRowsAhead(*query, 0);
+}
+
+void Store::readRowsAhead(const SqlQuery &query, qsizetype expected)
+{
     auto promise = std::make_shared<std::promise<std::pair<QList<LibraryItem>, qint64>>>();
-    m_rowsReadAhead = std::make_shared<RowsReadAhead>(RowsReadAhead{*query, promise->get_future()});
-    m_workers.start([queue = m_dbQueue, query = *query, promise] {
+    m_rowsReadAhead = std::make_shared<RowsReadAhead>(RowsReadAhead{query, promise->get_future()});
+    m_workers.start([queue = m_dbQueue, query, expected, promise] {
         try {
             promise->set_value(queue->read([&](Database &db) {
-                QList<LibraryItem> rows = readRows(db, query, 0);
+                QList<LibraryItem> rows = readRows(db, query, expected);
                 return std::pair(std::move(rows), db.totalChanges());
             }));
         } catch (...) {
             promise->set_exception(std::current_exception());
         }
     });
+}
+
+std::optional<SqlQuery> Store::rowQueryFor(const SidebarSelection &selection) const
+{
+    // The selection's own sort is the one its view would load.
+    ItemSort sort = ItemSort::newest;
+    if (m_itemSortOverride)
+        sort = *m_itemSortOverride;
+    else if (m_settings)
+        sort = itemSortFromRaw(selection == m_selection ? m_settings->itemSort() : m_settings->itemSortFor(selection.key()))
+                   .value_or(ItemSort::newest);
+    return ItemQueries::rowQuery(selection, sort, m_inboxId);
+}
+
+void Store::expectSelection(const QString &key)
+{
+    m_expectedSelectionKey = key;
+    m_expectationDwell.start();
+}
+
+void Store::stopExpectingSelection(const QString &key)
+{
+    // Leaving one row and entering the next may come in either order.
+    if (key == m_expectedSelectionKey)
+        m_expectationDwell.stop();
+}
+
+void Store::readExpectedSelectionAhead()
+{
+    const std::optional<SidebarSelection> selection = SidebarSelection::fromKey(m_expectedSelectionKey);
+    if (!m_dbQueue || !selection || *selection == m_selection || !m_searchText.trimmed().isEmpty())
+        return;
+    const std::optional<SqlQuery> query = rowQueryFor(*selection);
+    if (!query || readsAhead(m_expectedSelectionKey))
+        return;
+    readRowsAhead(*query, expectedRowCount(*selection));
+}
+
+bool Store::readsAhead(const QString &key) const
+{
+    const std::optional<SidebarSelection> selection = SidebarSelection::fromKey(key);
+    if (!m_rowsReadAhead || !selection)
+        return false;
+    const std::optional<SqlQuery> query = rowQueryFor(*selection);
+    return query && query->sql == m_rowsReadAhead->query.sql && query->arguments == m_rowsReadAhead->query.arguments;
 }
 
 std::optional<QList<LibraryItem>> Store::takeRowsReadAhead(const SqlQuery &query)
@@ -137,14 +178,14 @@ void Store::reloadItems(bool typing)
     QElapsedTimer timer;
     timer.start();
     QList<LibraryItem> rows;
-    const auto query = ItemQueries::rowQuery(m_selection, currentItemSort(), m_inboxId);
+    const auto query = rowQueryFor(m_selection);
     try {
         std::optional<QList<LibraryItem>> readAhead = query ? takeRowsReadAhead(*query) : std::nullopt;
         if (readAhead) {
             rows = std::move(*readAhead);
         } else if (query) {
             // The counts already tell how many rows come, which spares the list its regrowth.
-            rows = m_dbQueue->read([&](Database &db) { return readRows(db, *query, expectedRowCount()); });
+            rows = m_dbQueue->read([&](Database &db) { return readRows(db, *query, expectedRowCount(m_selection)); });
         }
     } catch (const std::exception &error) {
         systemLog(u"[Store] reloadItems failed: "_s + errorText(error));
@@ -163,13 +204,13 @@ void Store::reloadItems(bool typing)
 
 void Store::refreshItems()
 {
-    const auto query = ItemQueries::rowQuery(m_selection, currentItemSort(), m_inboxId);
+    const auto query = rowQueryFor(m_selection);
     // A search already answers from its own thread; a pending view mode needs the rows at once.
     if (!query || !m_searchText.trimmed().isEmpty() || m_defaultViewModePending) {
         reloadItems(false);
         return;
     }
-    const qsizetype expected = expectedRowCount();
+    const qsizetype expected = expectedRowCount(m_selection);
     readInBackground<QList<LibraryItem>>(
         m_searchGeneration, u"reloadItems"_s,
         [query = *query, expected, shown = m_items](Database &db) {
@@ -195,9 +236,9 @@ void Store::noteEnrichmentFinished()
     });
 }
 
-qsizetype Store::expectedRowCount() const
+qsizetype Store::expectedRowCount(const SidebarSelection &selection) const
 {
-    switch (m_selection.kind()) {
+    switch (selection.kind()) {
     case SidebarSelection::Kind::all:
         return m_allCount;
     case SidebarSelection::Kind::inbox:
@@ -211,9 +252,9 @@ qsizetype Store::expectedRowCount() const
     case SidebarSelection::Kind::hidden:
         return m_hiddenCount;
     case SidebarSelection::Kind::type:
-        return typeCount(m_selection.filter());
+        return typeCount(selection.filter());
     case SidebarSelection::Kind::collection:
-        return m_counts.value(m_selection.collectionId(), 0);
+        return m_counts.value(selection.collectionId(), 0);
     }
     return 0;
 }

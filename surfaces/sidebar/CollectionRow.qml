@@ -194,7 +194,10 @@ Item {
         color: Theme.accent
     }
 
-    HoverHandler { id: hover }
+    HoverHandler {
+        id: hover
+        onHoveredChanged: hovered ? Store.expectSelection(row.collectionId) : Store.stopExpectingSelection(row.collectionId)
+    }
 
     TapHandler {
         acceptedButtons: Qt.LeftButton

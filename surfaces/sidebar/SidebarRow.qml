@@ -71,6 +71,9 @@ Item {
         }
     }
 
-    HoverHandler { id: hover }
+    HoverHandler {
+        id: hover
+        onHoveredChanged: hovered ? Store.expectSelection(row.key) : Store.stopExpectingSelection(row.key)
+    }
     TapHandler { onTapped: row.activated() }
 }

@@ -45,6 +45,7 @@ private Q_SLOTS:
     void traceLinesOnlyWhenAsked();
     void searchRunnerAndLateResults();
     void refreshReadsOnAWorkerAndKeepsUnchangedRows();
+    void pointingAtARowReadsItsRowsAhead();
     void failedReadsLogAndEmptyTheRows();
     void trayPreviewsMergeDescendants();
     void canvasPositionsStackOnTop();
@@ -491,6 +492,53 @@ void TestStore::searchRunnerAndLateResults()
     QCOMPARE(idsOf(store.items()), QStringList{first});
     store.applySearchResults(requests.last().generation, {world.item(second), world.item(first)});
     QCOMPARE(idsOf(store.items()), (QStringList{second, first}));
+}
+
+void TestStore::pointingAtARowReadsItsRowsAhead()
+{
+    StoreWorld world;
+    const QString board = world.addCollection(u"Board"_s);
+    const QString first = world.addItem(u"image"_s, 1);
+    const QString second = world.addItem(u"link"_s, 2);
+    const QString later = world.addItem(u"text"_s, 3);
+    world.addMembership(first, board, 10);
+    world.addMembership(second, board, 20);
+    Store &store = world.store;
+    store.reloadAll();
+    const QString favourites = SidebarSelection::favourites().key();
+
+    // Passing over a row on the way elsewhere reads nothing.
+    store.expectSelection(favourites);
+    store.stopExpectingSelection(favourites);
+    QTest::qWait(250);
+    QVERIFY(!store.readsAhead(favourites));
+
+    // Resting on a row reads it after a moment; choosing it takes those rows.
+    store.expectSelection(board);
+    QVERIFY(!store.readsAhead(board));
+    QTRY_VERIFY(store.readsAhead(board));
+    store.setSelectionKey(board);
+    QCOMPARE(idsOf(store.items()), (QStringList{second, first}));
+    QVERIFY(!store.readsAhead(board));
+
+    // Leaving one row for the next in either order keeps the next one's dwell.
+    store.expectSelection(SidebarSelection::all().key());
+    store.stopExpectingSelection(board);
+    QTRY_VERIFY(store.readsAhead(SidebarSelection::all().key()));
+    store.setSelection(SidebarSelection::all());
+    QCOMPARE(idsOf(store.items()), (QStringList{later, second, first}));
+
+    // Rows read before a write are stale: the choice reads again.
+    store.expectSelection(board);
+    QTRY_VERIFY(store.readsAhead(board));
+    QVERIFY(store.fileItem(later, board));
+    store.setSelectionKey(board);
+    QCOMPARE(idsOf(store.items()), (QStringList{later, second, first}));
+
+    // The current selection needs no reading ahead.
+    store.expectSelection(board);
+    QTest::qWait(250);
+    QVERIFY(!store.readsAhead(board));
 }
 
 void TestStore::refreshReadsOnAWorkerAndKeepsUnchangedRows()
