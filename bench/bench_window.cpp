@@ -9,7 +9,8 @@
 // its sidecars (recorded in the settings), and under Xvfb, Mesa's software OpenGL compiling Qt
 // Quick's shaders into its cache, which otherwise adds seconds to every launch. `--cold` gives
 // every launch empty folders instead. The process is killed at the end, so no quit-time work is
-// timed.
+// timed. Stalls are the main thread's stretches away from its event loop; when Qt Quick paints on a
+// render thread, the part spent waiting for that thread is told apart from the main thread's own work.
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
