@@ -129,7 +129,9 @@ void Store::stopExpectingSelection(const QString &key)
 void Store::readExpectedSelectionAhead()
 {
     const std::optional<SidebarSelection> selection = SidebarSelection::fromKey(m_expectedSelectionKey);
-    if (!m_dbQueue || !selection || *selection == m_selection || !m_searchText.trimmed().isEmpty())
+    // Before the first load, the rows read ahead are the first list's: pointing must not replace them.
+    if (!m_dbQueue || !m_didInitialLoad || !selection || *selection == m_selection
+        || !m_searchText.trimmed().isEmpty())
         return;
     const std::optional<SqlQuery> query = rowQueryFor(*selection);
     if (!query || readsAhead(m_expectedSelectionKey))
