@@ -14,6 +14,8 @@ namespace kivo {
 struct SqlQuery {
     QString sql;
     QVariantList arguments;
+
+    bool operator==(const SqlQuery &) const = default;
 };
 
 /**

@@ -107,9 +107,10 @@ std::optional<SqlQuery> Store::rowQueryFor(const SidebarSelection &selection) co
     ItemSort sort = ItemSort::newest;
     if (m_itemSortOverride)
         sort = *m_itemSortOverride;
-    else if (m_settings)
-        sort = itemSortFromRaw(selection == m_selection ? m_settings->itemSort() : m_settings->itemSortFor(selection.key()))
-                   .value_or(ItemSort::newest);
+    else if (m_settings) {
+        const QString raw = selection == m_selection ? m_settings->itemSort() : m_settings->itemSortFor(selection.key());
+        sort = itemSortFromRaw(raw).value_or(ItemSort::newest);
+    }
     return ItemQueries::rowQuery(selection, sort, m_inboxId);
 }
 
@@ -134,7 +135,7 @@ void Store::readExpectedSelectionAhead()
         || !m_searchText.trimmed().isEmpty())
         return;
     const std::optional<SqlQuery> query = rowQueryFor(*selection);
-    if (!query || readsAhead(m_expectedSelectionKey))
+    if (!query || (m_rowsReadAhead && m_rowsReadAhead->query == *query))
         return;
     readRowsAhead(*query, expectedRowCount(*selection));
 }
@@ -145,13 +146,13 @@ bool Store::readsAhead(const QString &key) const
     if (!m_rowsReadAhead || !selection)
         return false;
     const std::optional<SqlQuery> query = rowQueryFor(*selection);
-    return query && query->sql == m_rowsReadAhead->query.sql && query->arguments == m_rowsReadAhead->query.arguments;
+    return query && *query == m_rowsReadAhead->query;
 }
 
 std::optional<QList<LibraryItem>> Store::takeRowsReadAhead(const SqlQuery &query)
 {
     const std::shared_ptr<RowsReadAhead> ahead = std::exchange(m_rowsReadAhead, nullptr);
-    if (!ahead || ahead->query.sql != query.sql || ahead->query.arguments != query.arguments)
+    if (!ahead || ahead->query != query)
         return std::nullopt;
     try {
         auto [rows, changes] = ahead->rows.get();
