@@ -7,7 +7,7 @@ Basic.Menu {
     id: menu
 
     padding: Theme.space.xs + 1
-    implicitWidth: Math.max(232, contentWidth + leftPadding + rightPadding)
+    implicitWidth: Math.max(256, contentWidth + leftPadding + rightPadding)
     font.family: Theme.fontFamily
     font.pixelSize: Theme.type.body
     delegate: KivoMenuItem {}
@@ -20,7 +20,7 @@ Basic.Menu {
     }
 
     background: Rectangle {
-        implicitWidth: 232
+        implicitWidth: 256
         radius: Theme.radius.l
         color: Theme.surface
         border.width: 1

@@ -223,10 +223,15 @@ Item {
         objectName: "cardPointer"
         anchors.fill: frame
         hoverEnabled: true
-        acceptedButtons: Qt.LeftButton
+        acceptedButtons: Qt.LeftButton | Qt.RightButton
         drag.target: dragOut
         drag.threshold: 6
         onPressed: mouse => {
+            if (mouse.button === Qt.RightButton) {
+                if (card.controller)
+                    card.controller.requestItemMenu(card.itemId, pointer, mouse.x, mouse.y);
+                return;
+            }
             card.activated();
             dragOut.prepare(card.itemId, frame, Qt.point(mouse.x, mouse.y));
         }
@@ -236,12 +241,12 @@ Item {
                 dragOut.start();
         }
         onClicked: mouse => {
-            if (card.controller)
+            if (card.controller && mouse.button === Qt.LeftButton)
                 card.controller.clickItem(card.itemId, 1, mouse.modifiers);
         }
         onDoubleClicked: mouse => {
             // The second click of a double click never reopens what the first one opened.
-            if (card.controller)
+            if (card.controller && mouse.button === Qt.LeftButton)
                 card.controller.clickItem(card.itemId, 2, mouse.modifiers);
         }
     }

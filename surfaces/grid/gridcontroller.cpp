@@ -206,6 +206,13 @@ void GridController::moveGridFocus(int dx, int dy)
         setRevealItemId(*move.select);
 }
 
+void GridController::requestItemMenu(const QString &itemId, QQuickItem *anchor, double x, double y)
+{
+    if (itemId.isEmpty())
+        return;
+    Q_EMIT itemMenuRequested(itemId, anchor, x, y);
+}
+
 void GridController::clickItem(const QString &itemId, int clickCount, int modifiers)
 {
     if (!m_store)
@@ -307,6 +314,14 @@ bool GridController::handleKey(int key, int modifiers)
         if (!previewOpen)
             moveGridFocus(0, action == KeyAction::moveUp ? -1 : 1);
         break;
+    case KeyAction::menu: {
+        // Under the card's top left corner, where a pointer that clicked it would be.
+        QQuickItem *card = m_cardView ? m_cardView->cardFor(selected) : nullptr;
+        if (card && !card->isVisible())
+            card = nullptr;
+        requestItemMenu(selected, card, card ? card->width() / 4 : 0, card ? card->height() / 4 : 0);
+        break;
+    }
     }
     return true;
 }

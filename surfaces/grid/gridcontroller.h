@@ -90,6 +90,11 @@ public:
     Q_INVOKABLE void clickItem(const QString &itemId, int clickCount, int modifiers);
     /** A key pressed in the view; true when it was the view's key. */
     Q_INVOKABLE bool handleKey(int key, int modifiers);
+    /**
+     * Asks the window for an item's context menu at a point of `anchor` (a right-click on a card,
+     * row or rail card); without an anchor, the window picks the place.
+     */
+    Q_INVOKABLE void requestItemMenu(const QString &itemId, QQuickItem *anchor, double x, double y);
     /** Opens a link's address in the browser; any other item in the preview. */
     Q_INVOKABLE void openItem(const QString &itemId);
     Q_INVOKABLE void openLightbox(const QString &itemId);
@@ -127,6 +132,7 @@ Q_SIGNALS:
     void emptyStateChanged();
     /** Scroll so the card's point at `anchorY` (0 top, 0.5 middle) meets the viewport's same point. */
     void scrollToItem(const QString &itemId, double anchorY);
+    void itemMenuRequested(const QString &itemId, QQuickItem *anchor, double x, double y);
 
 private:
     void setKeyboardFocusActive(bool active);

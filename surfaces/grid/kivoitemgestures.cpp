@@ -65,6 +65,10 @@ KeyAction keyAction(int key, Qt::KeyboardModifiers modifiers, const KeyState &st
         return KeyAction::moveUp;
     case Qt::Key_Down:
         return KeyAction::moveDown;
+    case Qt::Key_Menu:
+        return plain && state.selectedInList ? KeyAction::menu : KeyAction::none;
+    case Qt::Key_F10:
+        return held == Qt::ShiftModifier && state.selectedInList ? KeyAction::menu : KeyAction::none;
     default:
         return KeyAction::none;
     }

@@ -63,6 +63,8 @@ enum class KeyAction {
     moveRight,
     moveUp,
     moveDown,
+    /** The Menu key or Shift-F10: the selected item's context menu. */
+    menu,
 };
 
 [[nodiscard]] KeyAction keyAction(int key, Qt::KeyboardModifiers modifiers, const KeyState &state);

@@ -122,9 +122,14 @@ Item {
         id: pointer
         anchors.fill: parent
         hoverEnabled: true
+        acceptedButtons: Qt.LeftButton | Qt.RightButton
         drag.target: dragOut
         drag.threshold: 6
         onPressed: mouse => {
+            if (mouse.button === Qt.RightButton) {
+                row.controller.requestItemMenu(row.itemId, pointer, mouse.x, mouse.y);
+                return;
+            }
             row.activated();
             dragOut.prepare(row.itemId, picture, Qt.point(mouse.x - picture.x, mouse.y - picture.y));
         }
@@ -133,7 +138,13 @@ Item {
             if (drag.active)
                 dragOut.start();
         }
-        onClicked: mouse => row.controller.clickItem(row.itemId, 1, mouse.modifiers)
-        onDoubleClicked: mouse => row.controller.clickItem(row.itemId, 2, mouse.modifiers)
+        onClicked: mouse => {
+            if (mouse.button === Qt.LeftButton)
+                row.controller.clickItem(row.itemId, 1, mouse.modifiers);
+        }
+        onDoubleClicked: mouse => {
+            if (mouse.button === Qt.LeftButton)
+                row.controller.clickItem(row.itemId, 2, mouse.modifiers);
+        }
     }
 }

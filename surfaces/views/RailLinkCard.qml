@@ -83,6 +83,12 @@ Item {
         id: pointer
         anchors.fill: parent
         hoverEnabled: true
-        onClicked: link.controller.openItem(link.itemId)
+        acceptedButtons: Qt.LeftButton | Qt.RightButton
+        onClicked: mouse => {
+            if (mouse.button === Qt.RightButton)
+                link.controller.requestItemMenu(link.itemId, pointer, mouse.x, mouse.y);
+            else
+                link.controller.openItem(link.itemId);
+        }
     }
 }

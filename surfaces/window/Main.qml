@@ -202,6 +202,17 @@ Window {
     }
 
     Connections {
+        // A right-click on a card, row or rail card, or the Menu key on the selected one.
+        target: selectionView.controller
+        function onItemMenuRequested(itemId: string, anchor: Item, x: real, y: real) {
+            if (anchor)
+                window.openItemMenu(itemId, anchor, x, y);
+            else
+                window.openItemMenu(itemId, selectionView, selectionView.width / 3, selectionView.height / 3);
+        }
+    }
+
+    Connections {
         // Files, addresses and text from other programs dropped on a collection (or the inbox).
         target: sidebar.controller
         function onImportRequested(urls: list<url>, text: string, collectionId: string) {

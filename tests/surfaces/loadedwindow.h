@@ -53,7 +53,11 @@ struct LoadedWindow {
         if (engine->rootObjects().isEmpty())
             return false;
         window = qobject_cast<QQuickWindow *>(engine->rootObjects().constFirst());
-        return window && QTest::qWaitForWindowExposed(window);
+        // Active, not only shown: the window's shortcuts answer only in the window with the focus.
+        if (!window || !QTest::qWaitForWindowExposed(window))
+            return false;
+        window->requestActivate();
+        return QTest::qWaitForWindowActive(window);
     }
 
     [[nodiscard]] QQuickItem *item(const QString &name) const { return findItem(window->contentItem(), name); }

@@ -22,13 +22,13 @@ inline QQuickItem *findItem(QQuickItem *root, const QString &objectName)
     return nullptr;
 }
 
-/** A real left click in the middle of `item`, through the window's event delivery. */
-inline void clickItem(QQuickWindow *window, QQuickItem *item)
+/** A real click (left unless told) in the middle of `item`, through the window's event delivery. */
+inline void clickItem(QQuickWindow *window, QQuickItem *item, Qt::MouseButton button = Qt::LeftButton)
 {
     QVERIFY(item);
     QVERIFY2(item->isVisible(), qPrintable(item->objectName()));
     const QPointF centre = item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
-    QTest::mouseClick(window, Qt::LeftButton, Qt::NoModifier, centre.toPoint());
+    QTest::mouseClick(window, button, Qt::NoModifier, centre.toPoint());
 }
 
 /** Whether `item` is shown: visible itself and inside a visible parent chain. */

@@ -7,6 +7,7 @@
 #include "core/store.h"
 #include "core/userdefaults.h"
 #include "search/searchservice.h"
+#include "surfaces/grid/gridcontroller.h"
 #include "surfaces/qmlservices.h"
 #include "tests/surfaces/loadedwindow.h"
 #include "tests/surfaces/quickhelpers.h"
@@ -544,9 +545,13 @@ void TestMainWindow::itemMenuRunsTheActions()
     const QString art = loaded.world.addCollection(u"Art"_s);
     store.reloadAll();
 
-    QVERIFY(QMetaObject::invokeMethod(loaded.window, "openItemMenu", Q_ARG(QString, id),
-        Q_ARG(QQuickItem *, loaded.item(u"viewArea"_s)), Q_ARG(qreal, 200), Q_ARG(qreal, 120)));
+    // A right-click on the card opens its menu, and opens nothing else.
+    auto *cards = loaded.window->findChild<kivo::MasonryView *>();
+    QVERIFY(cards);
+    QTRY_VERIFY(cards->cardFor(id));
+    kivo::test::clickItem(loaded.window, cards->cardFor(id), Qt::RightButton);
     QTRY_VERIFY(kivo::test::isShown(loaded.item(u"itemAction-favourite"_s)));
+    QVERIFY(loaded.window->findChild<kivo::GridController *>()->previewItemId().isEmpty());
     QCOMPARE(loaded.textOf(u"itemAction-favourite"_s), u"Add to Favourites"_s);
     QCOMPARE(loaded.item(u"itemAction-copyPaths"_s)->property("shortcutText").toString(), u"Ctrl+Alt+C"_s);
     loaded.screenshot(u"main-window-item-menu.png"_s);
@@ -555,9 +560,11 @@ void TestMainWindow::itemMenuRunsTheActions()
     QCOMPARE(store.toast(), u"Added to Favourites"_s);
     QTRY_VERIFY(!loaded.window->findChild<QObject *>(u"itemContextMenu"_s)->property("visible").toBool());
 
-    // "Add to Collection" opens the collections; a click files the item.
-    QVERIFY(QMetaObject::invokeMethod(loaded.window, "openItemMenu", Q_ARG(QString, id),
-        Q_ARG(QQuickItem *, loaded.item(u"viewArea"_s)), Q_ARG(qreal, 200), Q_ARG(qreal, 120)));
+    // The Menu key opens the selected item's menu; "Add to Collection" opens the collections and a
+    // click files the item.
+    store.selectItem(id);
+    loaded.item(u"cardGrid"_s)->forceActiveFocus();
+    QTest::keyClick(loaded.window, Qt::Key_Menu);
     QTRY_VERIFY(kivo::test::isShown(loaded.item(u"itemAction-rename"_s)));
     loaded.click(u"itemAction-file"_s);
     QTRY_VERIFY(kivo::test::isShown(loaded.item(u"fileInto-"_s + art)));
@@ -581,6 +588,14 @@ void TestMainWindow::itemMenuRunsTheActions()
     kivo::test::typeText(loaded.window, u"Sea"_s);
     QTest::keyClick(loaded.window, Qt::Key_Return);
     QCOMPARE(loaded.world.scalar(u"SELECT title FROM item WHERE id = ?"_s, {id}).toString(), u"Sea"_s);
+
+    // In the list, a right-click on the row opens the same menu.
+    loaded.click(u"viewMode-list"_s);
+    QTRY_VERIFY(kivo::test::isShown(loaded.item(u"rowTitle"_s)));
+    kivo::test::clickItem(loaded.window, loaded.item(u"rowTitle"_s), Qt::RightButton);
+    QTRY_VERIFY(kivo::test::isShown(loaded.item(u"itemAction-rename"_s)));
+    QTest::keyClick(loaded.window, Qt::Key_Escape);
+    QTRY_VERIFY(!kivo::test::isShown(loaded.item(u"itemAction-rename"_s)));
 }
 
 void TestMainWindow::appearanceSwitchesTheTheme()

@@ -110,6 +110,13 @@ void TestKivoItemGestures::keys_data()
         << int(Qt::Key_Escape) << none << false << true << false << true << KeyAction::none;
     QTest::newRow("left") << int(Qt::Key_Left) << none << false << false << false << false << KeyAction::moveLeft;
     QTest::newRow("down") << int(Qt::Key_Down) << none << false << false << false << false << KeyAction::moveDown;
+    QTest::newRow("menu key for the selected")
+        << int(Qt::Key_Menu) << none << false << false << false << true << KeyAction::menu;
+    QTest::newRow("shift-F10 too") << int(Qt::Key_F10) << Qt::KeyboardModifiers(Qt::ShiftModifier) << false << false
+                                   << false << true << KeyAction::menu;
+    QTest::newRow("F10 alone passes") << int(Qt::Key_F10) << none << false << false << false << true << KeyAction::none;
+    QTest::newRow("menu key with nothing selected passes")
+        << int(Qt::Key_Menu) << none << false << false << false << false << KeyAction::none;
 }
 
 void TestKivoItemGestures::keys()
