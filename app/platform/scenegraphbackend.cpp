@@ -35,6 +35,19 @@ std::optional<QString> openGlRenderer()
     return renderer;
 }
 
+/**
+ * The software renderer draws on a thread of its own: painting a frame and putting it on the
+ * screen then overlap the interface's work on the next one, and frames come at the screen's rate.
+ * On the main thread instead, every frame's painting (7 ms and more for a full grid) adds to the
+ * input and layout work of that same frame.
+ */
+void useSoftwareRenderer()
+{
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    if (!qEnvironmentVariableIsSet("QSG_RENDER_LOOP"))
+        qputenv("QSG_RENDER_LOOP", "threaded");
+}
+
 } // namespace
 
 QString chooseSceneGraphBackend()
@@ -47,11 +60,11 @@ QString chooseSceneGraphBackend()
         return u"Qt Quick's default for "_s + platform;
     const std::optional<QString> renderer = openGlRenderer();
     if (!renderer) {
-        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+        useSoftwareRenderer();
         return u"software (no OpenGL)"_s;
     }
     if (isSoftwareRasterizer(*renderer)) {
-        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+        useSoftwareRenderer();
         return u"software (OpenGL is "_s + *renderer + u')';
     }
     return u"hardware ("_s + *renderer + u')';

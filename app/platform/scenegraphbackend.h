@@ -8,10 +8,9 @@ namespace kivo {
  * Chooses how Qt Quick draws the windows. With a graphics processor, the default: Qt Quick's
  * hardware renderer. When OpenGL itself is only a rasterizer on the processor (llvmpipe and its
  * kin: virtual machines, remote desktops, X servers without a GPU), or missing, Qt Quick's own
- * software renderer instead: it repaints only what changed, leaves the cores to the interface
- * rather than to a second, emulated pipeline, and keeps no texture copy of every picture. It draws
- * on the main thread: Qt 6.4's threaded software loop leaves layered shapes undrawn and can crash
- * drawing a shape in a popup.
+ * software renderer instead, on its own render thread: it repaints only what changed, leaves the
+ * cores to the interface rather than to a second, emulated pipeline, and keeps no texture copy of
+ * every picture. A render loop named in `QSG_RENDER_LOOP` is obeyed.
  *
  * A choice already made in the environment (`QT_QUICK_BACKEND`, `QSG_RHI_BACKEND`) is left alone.
  * Call once the application object exists and before the first window. Returns what was chosen,

@@ -1,10 +1,9 @@
 pragma ComponentBehavior: Bound
 import QtQuick
-import QtQuick.Shapes
 import Kivo
 
-// A line glyph drawn on a 16-unit grid in the current text colour, so it follows the theme
-// without image files or colour effects.
+// A line glyph of Kivo's set in the current text colour, so it follows the theme without image
+// files or colour effects.
 Item {
     id: glyph
 
@@ -17,76 +16,6 @@ Item {
 
     implicitWidth: size
     implicitHeight: size
-    // Hardware renderers smooth paths only with multisampling; the software one paints them smooth,
-    // but draws a bare path above everything else, outside clips: a layer puts it back in its place.
-    layer.enabled: true
-    layer.samples: GraphicsInfo.api !== GraphicsInfo.Software ? 4 : 0
-    layer.smooth: true
-
-    readonly property var shapes: ({
-        "all": "M2.5 2.5h4.5v4.5h-4.5z M9 2.5h4.5v4.5h-4.5z M2.5 9h4.5v4.5h-4.5z M9 9h4.5v4.5h-4.5z",
-        "inbox": "M2 9.5 L4 3.5 H12 L14 9.5 V13 H2 Z M2 9.5 H5.5 L6.5 11 H9.5 L10.5 9.5 H14",
-        "favourites": "M8 13.5 C8 13.5 2 10 2 6 C2 4 3.5 2.5 5.25 2.5 C6.5 2.5 7.5 3.2 8 4.2 C8.5 3.2 9.5 2.5 10.75 2.5 C12.5 2.5 14 4 14 6 C14 10 8 13.5 8 13.5 Z",
-        "links": "M6.5 9.5 L9.5 6.5 M7.25 4.75 L8.5 3.5 A2.83 2.83 0 0 1 12.5 7.5 L11.25 8.75 M8.75 11.25 L7.5 12.5 A2.83 2.83 0 0 1 3.5 8.5 L4.75 7.25",
-        "trash": "M2.5 4.5 H13.5 M6 4.5 V2.75 H10 V4.5 M4 4.5 L4.75 13.5 H11.25 L12 4.5 M6.75 7 V11 M9.25 7 V11",
-        "hidden": "M1.75 8 C3.2 5.2 5.4 3.75 8 3.75 C10.6 3.75 12.8 5.2 14.25 8 C12.8 10.8 10.6 12.25 8 12.25 C5.4 12.25 3.2 10.8 1.75 8 Z M8 6 A2 2 0 1 1 8 10 A2 2 0 1 1 8 6 M2.5 2.5 L13.5 13.5",
-        "image": "M2.5 3 H13.5 V13 H2.5 Z M2.5 11 L6 7.5 L9.25 10.75 M8.25 9.75 L10 8 L13.5 11.5 M10.25 4.75 A1 1 0 1 1 10.25 6.75 A1 1 0 1 1 10.25 4.75",
-        "videos": "M2.5 3.5 H13.5 V12.5 H2.5 Z M6.75 6 L10 8 L6.75 10 Z",
-        "documents": "M4 2 H9.5 L12.5 5 V14 H4 Z M9.5 2 V5 H12.5 M6 8.5 H10.5 M6 11 H10.5",
-        "tweets": "M2.5 3.5 H13.5 V10.5 H7 L4.5 13 V10.5 H2.5 Z",
-        "instagram": "M5 2.5 H11 A2.5 2.5 0 0 1 13.5 5 V11 A2.5 2.5 0 0 1 11 13.5 H5 A2.5 2.5 0 0 1 2.5 11 V5 A2.5 2.5 0 0 1 5 2.5 Z M8 5.6 A2.4 2.4 0 1 1 8 10.4 A2.4 2.4 0 1 1 8 5.6 M11.2 4.6 L11.3 4.7",
-        "audio": "M6 12 V3.75 L13 2.5 V10.5 M6 12 A1.75 1.75 0 1 1 2.5 12 A1.75 1.75 0 1 1 6 12 M13 10.5 A1.75 1.75 0 1 1 9.5 10.5 A1.75 1.75 0 1 1 13 10.5",
-        "drop": "M8 2 V9.5 M5 6.75 L8 9.75 L11 6.75 M2.5 9.5 V12.5 A1 1 0 0 0 3.5 13.5 H12.5 A1 1 0 0 0 13.5 12.5 V9.5",
-        "folder": "M2 4 A1 1 0 0 1 3 3 H6.25 L7.75 4.5 H13 A1 1 0 0 1 14 5.5 V12 A1 1 0 0 1 13 13 H3 A1 1 0 0 1 2 12 Z",
-        "warning": "M8 2.5 L14 13 H2 Z M8 6.5 V9.5 M8 11.25 L8 11.3",
-        "library": "M3 2.5 H5.5 V13.5 H3 Z M7 2.5 H9.5 V13.5 H7 Z M11 3 L13.4 2.6 L14.5 13 L12.1 13.4 Z",
-
-        // Chrome.
-        "chevron.right": "M6 3.5 L10.5 8 L6 12.5",
-        "chevron.down": "M3.5 6 L8 10.5 L12.5 6",
-        "chevron.left": "M10 3.5 L5.5 8 L10 12.5",
-        "plus": "M8 3 V13 M3 8 H13",
-        "close": "M4.5 4.5 L11.5 11.5 M11.5 4.5 L4.5 11.5",
-        "xmark": "M4.5 4.5 L11.5 11.5 M11.5 4.5 L4.5 11.5",
-        "checkmark": "M3 8.5 L6.5 12 L13 4.5",
-        "sliders": "M2.5 5 H13.5 M2.5 11 H13.5 M5.5 3.25 V6.75 M10.5 9.25 V12.75",
-        "sort": "M5 13 V3 M2.5 5.5 L5 3 L7.5 5.5 M11 3 V13 M8.5 10.5 L11 13 L13.5 10.5",
-        "search": "M7 2.5 A4.5 4.5 0 1 1 7 11.5 A4.5 4.5 0 1 1 7 2.5 M10.25 10.25 L13.5 13.5",
-        "cards": "M2.5 2.5 H7 V9 H2.5 Z M9 2.5 H13.5 V6 H9 Z M2.5 11 H7 V13.5 H2.5 Z M9 8 H13.5 V13.5 H9 Z",
-        "list": "M6 4 H13.5 M6 8 H13.5 M6 12 H13.5 M2.6 4 L2.9 4 M2.6 8 L2.9 8 M2.6 12 L2.9 12",
-        "timeline": "M2.5 3.5 H13.5 V13.5 H2.5 Z M2.5 6.5 H13.5 M5.5 2 V4.5 M10.5 2 V4.5",
-        "sidebar": "M2 3 H14 V13 H2 Z M6 3 V13",
-        "details": "M2 3 H14 V13 H2 Z M10 3 V13",
-        "info": "M8 2 A6 6 0 1 1 8 14 A6 6 0 1 1 8 2 M8 7.25 V11 M8 4.9 L8 5.1",
-        "pin": "M9.5 2 L14 6.5 M11.75 4.25 L8.75 7.25 L5 6.5 L9.5 11 L8.75 7.25 M7.25 8.75 L2.5 13.5",
-        "tag": "M2.5 3.5 V8 L8.5 14 L14 8.5 L8 2.5 H3.5 Z M5.4 5.4 L5.6 5.6",
-        "link.out": "M9 2.5 H13.5 V7 M13.5 2.5 L7.5 8.5 M11.5 9.5 V13.5 H2.5 V4.5 H6.5",
-
-        // Collection symbols (the names of the semantic icons where one fits).
-        "square.grid.2x2": "M2.5 2.5h4.5v4.5h-4.5z M9 2.5h4.5v4.5h-4.5z M2.5 9h4.5v4.5h-4.5z M9 9h4.5v4.5h-4.5z",
-        "tray": "M2 9.5 L4 3.5 H12 L14 9.5 V13 H2 Z M2 9.5 H5.5 L6.5 11 H9.5 L10.5 9.5 H14",
-        "star": "M8 2 L9.8 5.9 L14 6.3 L10.9 9.1 L11.8 13.3 L8 11.1 L4.2 13.3 L5.1 9.1 L2 6.3 L6.2 5.9 Z",
-        "heart": "M8 13.5 C8 13.5 2 10 2 6 C2 4 3.5 2.5 5.25 2.5 C6.5 2.5 7.5 3.2 8 4.2 C8.5 3.2 9.5 2.5 10.75 2.5 C12.5 2.5 14 4 14 6 C14 10 8 13.5 8 13.5 Z",
-        "bookmark": "M4.5 2.5 H11.5 V13.5 L8 10.5 L4.5 13.5 Z",
-        "camera": "M2 5 H4.5 L5.75 3.25 H10.25 L11.5 5 H14 V12.75 H2 Z M8 6.5 A2.5 2.5 0 1 1 8 11.5 A2.5 2.5 0 1 1 8 6.5",
-        "film": "M2.5 2.5 H13.5 V13.5 H2.5 Z M5 2.5 V13.5 M11 2.5 V13.5 M2.5 5.5 H5 M2.5 8 H5 M2.5 10.5 H5 M11 5.5 H13.5 M11 8 H13.5 M11 10.5 H13.5",
-        "music.note": "M6 12 V3.5 L12 2.25 V4.25 L6 5.5 M6 12 A1.75 1.75 0 1 1 2.5 12 A1.75 1.75 0 1 1 6 12",
-        "paintpalette": "M8 2 C4.5 2 2 4.6 2 7.8 C2 11 4.4 14 7.3 14 C8.4 14 8.7 13.2 8.3 12.4 C7.8 11.5 8.3 10.5 9.4 10.5 H11 C12.8 10.5 14 9.2 14 7.5 C14 4.4 11.3 2 8 2 Z M4.9 7.4 L5.1 7.6 M6.9 4.9 L7.1 5.1 M9.9 4.9 L10.1 5.1 M11.4 7.4 L11.6 7.6",
-        "sparkles": "M7 2 L8.2 5.8 L12 7 L8.2 8.2 L7 12 L5.8 8.2 L2 7 L5.8 5.8 Z M12.5 10 L13 11 L14 11.5 L13 12 L12.5 13 L12 12 L11 11.5 L12 11 Z",
-        "lightbulb": "M6 12 H10 M6.5 14 H9.5 M5.6 10 C4.3 9.1 3.5 7.7 3.5 6.2 C3.5 3.8 5.5 2 8 2 C10.5 2 12.5 3.8 12.5 6.2 C12.5 7.7 11.7 9.1 10.4 10 V12 H5.6 Z",
-        "leaf": "M3 13 C3 7 7 3 13 3 C13 9 9 13 3 13 Z M3 13 L9 7",
-        "house": "M2.5 7.5 L8 2.75 L13.5 7.5 M4 6.5 V13.5 H12 V6.5 M6.75 13.5 V9.5 H9.25 V13.5",
-        "airplane": "M8 1.75 C8.7 1.75 9 2.4 9 3 V6.5 L14 9.5 V11 L9 9.5 V12.25 L10.75 13.5 V14.5 L8 13.75 L5.25 14.5 V13.5 L7 12.25 V9.5 L2 11 V9.5 L7 6.5 V3 C7 2.4 7.3 1.75 8 1.75 Z",
-        "fork.knife": "M4 2 V6 C4 7 4.75 7.75 5.5 7.75 C6.25 7.75 7 7 7 6 V2 M5.5 2 V14 M11 14 V2 C9.5 3 9 5 9 7.5 H11",
-        "cup.and.saucer": "M3 5 H11 V9 C11 11 9.5 12 7 12 C4.5 12 3 11 3 9 Z M11 6 H12.25 C13.2 6 13.75 6.7 13.75 7.5 C13.75 8.3 13.2 9 12.25 9 H11 M2 14 H12",
-        "book.closed": "M3.5 3 C3.5 2.4 4 2 4.5 2 H12.5 V12 H4.5 C4 12 3.5 12.5 3.5 13 C3.5 13.6 4 14 4.5 14 H12.5 M3.5 3 V13 M6 5 H10",
-        "briefcase": "M2 5 H14 V13 H2 Z M5.5 5 V3.25 H10.5 V5 M2 8.5 H14",
-        "tshirt": "M5.5 2.5 L2 4.5 L3.25 7 L4.5 6.5 V13.5 H11.5 V6.5 L12.75 7 L14 4.5 L10.5 2.5 C10.2 3.6 9.2 4.25 8 4.25 C6.8 4.25 5.8 3.6 5.5 2.5 Z",
-        "flag": "M3.5 14 V2.5 M3.5 3 H12.5 L10.5 6 L12.5 9 H3.5",
-        "mappin": "M8 14.5 C8 14.5 3.5 9.75 3.5 6.25 C3.5 3.75 5.5 1.75 8 1.75 C10.5 1.75 12.5 3.75 12.5 6.25 C12.5 9.75 8 14.5 8 14.5 Z M8 4.5 A1.75 1.75 0 1 1 8 8 A1.75 1.75 0 1 1 8 4.5",
-        "globe": "M8 2 A6 6 0 1 1 8 14 A6 6 0 1 1 8 2 M2 8 H14 M8 2 C6.2 3.7 5.5 5.8 5.5 8 C5.5 10.2 6.2 12.3 8 14 M8 2 C9.8 3.7 10.5 5.8 10.5 8 C10.5 10.2 9.8 12.3 8 14",
-        "gift": "M2.5 5.5 H13.5 V8 H2.5 Z M3.5 8 V13.5 H12.5 V8 M8 5.5 V13.5 M8 5.5 C7 3 4.5 2.5 4.5 4 C4.5 5 6 5.5 8 5.5 C10 5.5 11.5 5 11.5 4 C11.5 2.5 9 3 8 5.5"
-    })
 
     // The symbols the collection icon picker offers, in its order.
     readonly property var collectionSymbols: ["folder", "star", "heart", "bookmark", "sparkles", "lightbulb",
@@ -94,20 +23,12 @@ Item {
         "mappin", "globe", "leaf", "fork.knife", "cup.and.saucer", "tshirt", "gift", "flag", "tag",
         "square.grid.2x2"]
 
-    Shape {
-        width: 16
-        height: 16
-        scale: glyph.size / 16
-        transformOrigin: Item.TopLeft
-        antialiasing: true
-
-        ShapePath {
-            strokeColor: glyph.color
-            strokeWidth: glyph.lineWidth
-            fillColor: "transparent"
-            capStyle: ShapePath.RoundCap
-            joinStyle: ShapePath.RoundJoin
-            PathSvg { path: glyph.shapes[glyph.name] ?? glyph.shapes[glyph.fallback] ?? "" }
-        }
+    GlyphShape {
+        width: glyph.size
+        height: glyph.size
+        name: glyph.name
+        fallback: glyph.fallback
+        color: glyph.color
+        lineWidth: glyph.lineWidth
     }
 }

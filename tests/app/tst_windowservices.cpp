@@ -2,8 +2,15 @@
 // a person's input last came.
 #include "app/lifecycle/inputactivity.h"
 #include "app/platform/scenegraphbackend.h"
+#include "surfaces/qmlservices.h"
+#include "surfaces/theme/appearancecontroller.h"
+
+#include <atomic>
 
 #include <QGuiApplication>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
 #include <QQuickWindow>
 #include <QSGRendererInterface>
 #include <QTest>
@@ -19,6 +26,7 @@ private Q_SLOTS:
     void softwareRasterizersAreKnownByName_data();
     void softwareRasterizersAreKnownByName();
     void openGlOnTheProcessorMeansSoftwareDrawing();
+    void glyphsAreDrawnThere();
     void aChoiceInTheEnvironmentStands();
     void inputActivityFollowsRealInput();
 };
@@ -57,17 +65,61 @@ void TestWindowServices::aChoiceInTheEnvironmentStands()
 void TestWindowServices::openGlOnTheProcessorMeansSoftwareDrawing()
 {
     // Xvfb has no graphics processor: its OpenGL, when there is one, is Mesa's rasterizer.
+    qunsetenv("QSG_RENDER_LOOP");
     const QString choice = chooseSceneGraphBackend();
     QVERIFY2(choice.startsWith(u"software (OpenGL is "_s) || choice == u"software (no OpenGL)"_s, qPrintable(choice));
 
-    // And Qt Quick draws with it: a window shows a red rectangle.
+    // And Qt Quick draws with it, away from the main thread: a window shows a red rectangle.
     QQuickWindow window;
     window.resize(64, 64);
     window.setColor(Qt::red);
+    std::atomic<QThread *> paintedOn = nullptr;
+    connect(&window, &QQuickWindow::frameSwapped, &window, [&] { paintedOn = QThread::currentThread(); },
+        Qt::DirectConnection);
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     QCOMPARE(window.rendererInterface()->graphicsApi(), QSGRendererInterface::Software);
+    QTRY_VERIFY(paintedOn.load() != nullptr);
+    QVERIFY(paintedOn.load() != QThread::currentThread());
     QTRY_COMPARE(window.grabWindow().pixelColor(10, 10), QColor(Qt::red));
+}
+
+void TestWindowServices::glyphsAreDrawnThere()
+{
+    // The window's glyphs under that same renderer: a known one, an unknown one with a known
+    // fallback, and an unknown one alone, which draws nothing.
+    AppearanceController appearance;
+    QmlServices::publishAppearance(&appearance);
+    QQmlEngine engine;
+    QmlServices::prepareEngine(engine);
+    QQmlComponent component(&engine);
+    component.setData(R"(
+        import QtQuick
+        import Kivo
+        Row {
+            Glyph { size: 48; name: "plus"; color: "red"; lineWidth: 2 }
+            Glyph { size: 48; name: "no such glyph"; fallback: "plus"; color: "blue"; lineWidth: 2 }
+            Glyph { size: 48; name: "no such glyph"; color: "red" }
+        })",
+        QUrl(u"qrc:/glyphs.qml"_s));
+    QQuickWindow window;
+    window.resize(144, 48);
+    window.setColor(Qt::white);
+    std::unique_ptr<QObject> row(component.create());
+    QVERIFY2(row, qPrintable(component.errorString()));
+    qobject_cast<QQuickItem *>(row.get())->setParentItem(window.contentItem());
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+
+    QTRY_COMPARE(window.grabWindow().pixelColor(24, 24), QColor(Qt::red));
+    const QImage drawn = window.grabWindow();
+    QCOMPARE(drawn.pixelColor(24, 8), QColor(Qt::red)); // the plus's upright, three units from the top
+    QCOMPARE(drawn.pixelColor(6, 6), QColor(Qt::white));
+    QCOMPARE(drawn.pixelColor(72, 24), QColor(Qt::blue));
+    for (int x = 96; x < 144; x += 4) {
+        for (int y = 0; y < 48; y += 4)
+            QCOMPARE(drawn.pixelColor(x, y), QColor(Qt::white));
+    }
 }
 
 void TestWindowServices::inputActivityFollowsRealInput()
