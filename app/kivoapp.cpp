@@ -70,6 +70,7 @@ std::optional<LibraryGate::Outcome> askAboutMissingLibrary(const QString &root)
     QEventLoop waiting;
     QObject::connect(&gate, &LibraryGate::finished, &waiting, &QEventLoop::quit);
     waiting.exec();
+    hideWindowsBeforeTeardown();
     return gate.outcome();
 }
 
@@ -258,9 +259,12 @@ int runApplication(int argc, char **argv)
 
     if (quitAsked) { // a signal was handled by a nested loop before the main one started
         delegate.willTerminate();
+        hideWindowsBeforeTeardown();
         return 0;
     }
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    hideWindowsBeforeTeardown();
+    return status;
 }
 
 } // namespace kivo

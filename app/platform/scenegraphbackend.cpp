@@ -6,6 +6,7 @@
 #include <QOpenGLFunctions>
 #include <QQuickWindow>
 #include <QSGRendererInterface>
+#include <QThread>
 
 using namespace Qt::StringLiterals;
 
@@ -17,6 +18,23 @@ bool isSoftwareRasterizer(const QString &glRenderer)
         u"swr ("_s, u"lavapipe"_s, u"microsoft basic render"_s};
     const QString lower = glRenderer.toLower();
     return std::any_of(names.cbegin(), names.cend(), [&](const QString &name) { return lower.contains(name); });
+}
+
+void hideWindowsBeforeTeardown()
+{
+    bool hidden = false;
+    const QWindowList windows = QGuiApplication::topLevelWindows();
+    for (QWindow *window : windows) {
+        if (qobject_cast<QQuickWindow *>(window) && window->isVisible()) {
+            window->hide();
+            hidden = true;
+        }
+    }
+    // Hiding waits until the render thread has let the window go; what is left of its turn (Qt's
+    // own posted events, then going to sleep) takes microseconds, a little more when the cores
+    // are busy.
+    if (hidden)
+        QThread::msleep(30);
 }
 
 namespace {

@@ -18,6 +18,14 @@ namespace kivo {
  */
 QString chooseSceneGraphBackend();
 
+/**
+ * Hides every Qt Quick window and gives their render threads a moment to fall idle; call before
+ * windows are destroyed. Qt 6.4's threaded software loop can hang for good when a window is
+ * destroyed while its render thread is busy drawing: the thread misses the call to stop and waits
+ * for work that never comes. A hidden window's thread has nothing to draw and is idle by then.
+ */
+void hideWindowsBeforeTeardown();
+
 /** Whether an OpenGL renderer string names a rasterizer that runs on the processor. */
 [[nodiscard]] bool isSoftwareRasterizer(const QString &glRenderer);
 

@@ -82,6 +82,7 @@ void TestWindowServices::openGlOnTheProcessorMeansSoftwareDrawing()
     QTRY_VERIFY(paintedOn.load() != nullptr);
     QVERIFY(paintedOn.load() != QThread::currentThread());
     QTRY_COMPARE(window.grabWindow().pixelColor(10, 10), QColor(Qt::red));
+    hideWindowsBeforeTeardown();
 }
 
 void TestWindowServices::glyphsAreDrawnThere()
@@ -120,6 +121,7 @@ void TestWindowServices::glyphsAreDrawnThere()
         for (int y = 0; y < 48; y += 4)
             QCOMPARE(drawn.pixelColor(x, y), QColor(Qt::white));
     }
+    hideWindowsBeforeTeardown();
 }
 
 void TestWindowServices::inputActivityFollowsRealInput()
