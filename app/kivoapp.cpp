@@ -7,6 +7,7 @@
 #include "app/lifecycle/quitsignals.h"
 #include "app/lifecycle/singleinstance.h"
 #include "app/platform/desktopcolorscheme.h"
+#include "app/platform/exposerepainter.h"
 #include "app/platform/systemdesktop.h"
 #include "app/platform/scenegraphbackend.h"
 #include "app/platform/trayicon.h"
@@ -128,6 +129,9 @@ int runApplication(int argc, char **argv)
         const QString backend = chooseSceneGraphBackend();
         systemLog(u"[Launch] drawing: "_s + backend + u" (chosen in "_s + QString::number(chosen.elapsed()) + u" ms)"_s);
     }
+    ExposeRepainter exposeRepainter;
+    if (ExposeRepainter::isNeeded())
+        application.installEventFilter(&exposeRepainter);
 
     DesktopColorScheme desktopScheme;
     AppSettings settings;

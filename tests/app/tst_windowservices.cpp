@@ -1,6 +1,7 @@
 // The window's platform services on a real X server: which renderer Qt Quick is given, and when
 // a person's input last came.
 #include "app/lifecycle/inputactivity.h"
+#include "app/platform/exposerepainter.h"
 #include "app/platform/scenegraphbackend.h"
 #include "surfaces/qmlservices.h"
 #include "surfaces/theme/appearancecontroller.h"
@@ -11,7 +12,10 @@
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickItem>
+#include <QPainter>
 #include <QQuickWindow>
+#include <QRasterWindow>
+#include <QScreen>
 #include <QSGRendererInterface>
 #include <QTest>
 
@@ -27,6 +31,7 @@ private Q_SLOTS:
     void softwareRasterizersAreKnownByName();
     void openGlOnTheProcessorMeansSoftwareDrawing();
     void glyphsAreDrawnThere();
+    void uncoveredPartsAreRedrawn();
     void aChoiceInTheEnvironmentStands();
     void inputActivityFollowsRealInput();
 };
@@ -121,6 +126,59 @@ void TestWindowServices::glyphsAreDrawnThere()
         for (int y = 0; y < 48; y += 4)
             QCOMPARE(drawn.pixelColor(x, y), QColor(Qt::white));
     }
+    hideWindowsBeforeTeardown();
+}
+
+namespace {
+
+/** Another program's window, all red. */
+class RedWindow : public QRasterWindow
+{
+protected:
+    void paintEvent(QPaintEvent *) override { QPainter(this).fillRect(QRect(QPoint(), size()), Qt::red); }
+};
+
+/** What the X server shows at a point of the screen, whoever drew it. */
+QColor onScreen(QPoint point)
+{
+    return QGuiApplication::primaryScreen()->grabWindow(0, point.x(), point.y(), 1, 1).toImage().pixelColor(0, 0);
+}
+
+} // namespace
+
+void TestWindowServices::uncoveredPartsAreRedrawn()
+{
+    // Xvfb has no compositor: when a window over Kivo's goes away, what it covered is Kivo's to
+    // draw again, under an opaque item too.
+    ExposeRepainter repainter;
+    QVERIFY(ExposeRepainter::isNeeded());
+    qApp->installEventFilter(&repainter);
+    QQuickWindow window;
+    window.setFlag(Qt::X11BypassWindowManagerHint);
+    window.setGeometry(40, 40, 200, 200);
+    window.setColor(Qt::gray);
+    QQmlEngine engine;
+    QQmlComponent component(&engine);
+    component.setData("import QtQuick\nRectangle { width: 200; height: 200; color: \"white\" }", QUrl());
+    std::unique_ptr<QObject> sheet(component.create());
+    qobject_cast<QQuickItem *>(sheet.get())->setParentItem(window.contentItem());
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QTRY_COMPARE(onScreen({140, 140}), QColor(Qt::white));
+
+    RedWindow cover;
+    cover.setFlag(Qt::X11BypassWindowManagerHint);
+    cover.setGeometry(100, 100, 80, 80);
+    cover.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&cover));
+    QTRY_COMPARE(onScreen({140, 140}), QColor(Qt::red));
+    cover.hide();
+    QTRY_COMPARE(onScreen({140, 140}), QColor(Qt::white));
+    // And the veil that did it is gone again, to the colour.
+    QTest::qWait(100);
+    QCOMPARE(onScreen({140, 140}), QColor(Qt::white));
+    QCOMPARE(window.grabWindow().pixelColor(100, 100), QColor(Qt::white));
+    qApp->removeEventFilter(&repainter);
     hideWindowsBeforeTeardown();
 }
 
