@@ -2,6 +2,7 @@
 
 #include "core/collectiontree.h"
 #include "core/database.h"
+#include "core/itemqueries.h"
 #include "core/records.h"
 #include "core/sidebarselection.h"
 
@@ -25,8 +26,6 @@
 #include <optional>
 
 namespace kivo {
-
-struct SqlQuery;
 
 class AppSettings;
 class Desktop;
@@ -569,7 +568,17 @@ private:
     void readFirstRowsAhead();
     void readRowsAhead(const SqlQuery &query, qsizetype expected);
     void readExpectedSelectionAhead();
-    std::optional<QList<LibraryItem>> takeRowsReadAhead(const SqlQuery &query);
+    /** Rows read for `query` with the connection's change count they were read at. */
+    using RowsAt = std::pair<QList<LibraryItem>, qint64>;
+    std::optional<RowsAt> takeRowsReadAhead(const SqlQuery &query);
+    /**
+     * The list kept when `query`'s rows were left, if nothing was written since. A stale one is
+     * handed back in `stale`, to be freed once the new rows are read: freeing a hundred thousand
+     * rows on a worker while this thread reads as many makes both wait on the allocator.
+     */
+    std::optional<RowsAt> takeRetainedRows(const SqlQuery &query, QList<LibraryItem> &stale);
+    /** Keeps a long list that is being replaced, when it is known what read it; frees it otherwise. */
+    void retainOrRelease(QList<LibraryItem> &&list);
     [[nodiscard]] std::optional<SqlQuery> rowQueryFor(const SidebarSelection &selection) const;
     /** The sidebar's reads that run on workers: the collections' counts, type counts, tray previews. */
     void startSidebarReads();
@@ -629,6 +638,21 @@ private:
     bool m_firstRowsReadAhead = false;
     struct RowsReadAhead;
     std::shared_ptr<RowsReadAhead> m_rowsReadAhead;
+    /** What read a list: the statement, the connection's change count then, the kinds it was cut to. */
+    struct RowsRead {
+        SqlQuery query;
+        qint64 changes = 0;
+        QStringList kinds;
+    };
+    /** How the shown rows were read, when a reload read them (not a search or a background refresh). */
+    std::optional<RowsRead> m_itemsRead;
+    /** Handed from a reload to the publishing of its rows. */
+    std::optional<RowsRead> m_incomingRead;
+    /**
+     * The last long list left for another selection (All, most often), kept while nothing is
+     * written: going back to it shows it without reading a hundred thousand rows again.
+     */
+    std::optional<std::pair<RowsRead, QList<LibraryItem>>> m_retainedRows;
     QString m_expectedSelectionKey;
     QTimer m_expectationDwell;
 

@@ -149,20 +149,47 @@ bool Store::readsAhead(const QString &key) const
     return query && *query == m_rowsReadAhead->query;
 }
 
-std::optional<QList<LibraryItem>> Store::takeRowsReadAhead(const SqlQuery &query)
+std::optional<Store::RowsAt> Store::takeRowsReadAhead(const SqlQuery &query)
 {
     const std::shared_ptr<RowsReadAhead> ahead = std::exchange(m_rowsReadAhead, nullptr);
     if (!ahead || ahead->query != query)
         return std::nullopt;
     try {
-        auto [rows, changes] = ahead->rows.get();
+        RowsAt read = ahead->rows.get();
         // A write since the read would make these rows stale; then the reload reads again.
-        if (m_dbQueue->read([](Database &db) { return db.totalChanges(); }) != changes)
+        if (m_dbQueue->read([](Database &db) { return db.totalChanges(); }) != read.second)
             return std::nullopt;
-        return std::move(rows);
+        return read;
     } catch (const std::exception &) {
         return std::nullopt;
     }
+}
+
+std::optional<Store::RowsAt> Store::takeRetainedRows(const SqlQuery &query, QList<LibraryItem> &stale)
+{
+    // Kept for another selection, the list waits there; only a write makes it worthless.
+    if (!m_retainedRows || m_retainedRows->first.query != query)
+        return std::nullopt;
+    auto [read, rows] = *std::exchange(m_retainedRows, std::nullopt);
+    const QStringList kinds = m_settings ? m_settings->allViewKinds() : QStringList();
+    if (read.kinds != kinds || m_dbQueue->read([](Database &db) { return db.totalChanges(); }) != read.changes) {
+        stale = std::move(rows);
+        return std::nullopt;
+    }
+    return RowsAt{std::move(rows), read.changes};
+}
+
+void Store::retainOrRelease(QList<LibraryItem> &&list)
+{
+    // Short lists read again in a few milliseconds; only long ones are worth their memory.
+    constexpr qsizetype worthKeeping = 10000;
+    if (!m_itemsRead || list.size() < worthKeeping) {
+        releaseLater(std::move(list));
+        return;
+    }
+    if (m_retainedRows)
+        releaseLater(std::move(m_retainedRows->second));
+    m_retainedRows = std::pair(*m_itemsRead, std::move(list));
 }
 
 void Store::reloadItems(bool typing)
@@ -181,19 +208,29 @@ void Store::reloadItems(bool typing)
     QElapsedTimer timer;
     timer.start();
     QList<LibraryItem> rows;
+    QList<LibraryItem> stale;
     const auto query = rowQueryFor(m_selection);
     try {
-        std::optional<QList<LibraryItem>> readAhead = query ? takeRowsReadAhead(*query) : std::nullopt;
-        if (readAhead) {
-            rows = std::move(*readAhead);
-        } else if (query) {
+        std::optional<RowsAt> read = query ? takeRowsReadAhead(*query) : std::nullopt;
+        if (!read && query)
+            read = takeRetainedRows(*query, stale);
+        if (!read && query) {
             // The counts already tell how many rows come, which spares the list its regrowth.
-            rows = m_dbQueue->read([&](Database &db) { return readRows(db, *query, expectedRowCount(m_selection)); });
+            read = m_dbQueue->read([&](Database &db) {
+                QList<LibraryItem> fresh = readRows(db, *query, expectedRowCount(m_selection));
+                return RowsAt{std::move(fresh), db.totalChanges()};
+            });
+        }
+        if (read) {
+            rows = std::move(read->first);
+            m_incomingRead = RowsRead{*query, read->second, {}};
         }
     } catch (const std::exception &error) {
         systemLog(u"[Store] reloadItems failed: "_s + errorText(error));
         rows.clear();
+        m_incomingRead.reset();
     }
+    releaseLater(std::move(stale));
     if (m_churnTrace) {
         systemLog(QString::asprintf("[trace]   the query (incl. waiting for the db queue): %.0f ms, %d rows",
             elapsedMs(timer), int(rows.size())));
@@ -273,6 +310,9 @@ void Store::publishRows(QList<LibraryItem> rows)
 {
     QElapsedTimer timer;
     timer.start();
+    std::optional<RowsRead> incoming = std::exchange(m_incomingRead, std::nullopt);
+    if (incoming && m_settings)
+        incoming->kinds = m_settings->allViewKinds();
     // A view that shows one to four kinds filters; none or all five shows everything.
     if (m_settings) {
         std::array<bool, 5> shown{};
@@ -292,10 +332,12 @@ void Store::publishRows(QList<LibraryItem> rows)
     }
     if (rows != m_items) {
         std::swap(m_items, rows);
-        releaseLater(std::move(rows));
+        retainOrRelease(std::move(rows));
+        m_itemsRead = std::move(incoming);
         Q_EMIT itemsChanged();
     } else {
         releaseLater(std::move(rows));
+        m_itemsRead = std::move(incoming);
     }
     if (m_churnTrace)
         systemLog(QString::asprintf("[trace]   handing SwiftUI the array: %.0f ms", elapsedMs(timer)));

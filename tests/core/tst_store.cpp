@@ -46,6 +46,7 @@ private Q_SLOTS:
     void searchRunnerAndLateResults();
     void refreshReadsOnAWorkerAndKeepsUnchangedRows();
     void pointingAtARowReadsItsRowsAhead();
+    void leavingALongListKeepsItForTheReturn();
     void failedReadsLogAndEmptyTheRows();
     void trayPreviewsMergeDescendants();
     void canvasPositionsStackOnTop();
@@ -539,6 +540,44 @@ void TestStore::pointingAtARowReadsItsRowsAhead()
     store.expectSelection(board);
     QTest::qWait(250);
     QVERIFY(!store.readsAhead(board));
+}
+
+void TestStore::leavingALongListKeepsItForTheReturn()
+{
+    StoreWorld world;
+    const QString board = world.addCollection(u"Board"_s);
+    QString newestSeeded;
+    world.seed([&](test::Seed &seed) {
+        for (int i = 0; i < 10000; ++i)
+            newestSeeded = seed.item(u"image"_s, i);
+        seed.membership(newestSeeded, board, 1);
+    });
+    Store &store = world.store;
+    store.reloadAll();
+    const QList<LibraryItem> all = store.items();
+    QCOMPARE(all.size(), 10000);
+
+    // Away and back with nothing written: the very list that was left, not a new read of it.
+    store.setSelectionKey(board);
+    QCOMPARE(idsOf(store.items()), QStringList{newestSeeded});
+    store.setSelection(SidebarSelection::all());
+    QCOMPARE(store.items().constData(), all.constData());
+
+    // A write while away makes it stale: the return reads again and shows the write.
+    store.setSelectionKey(board);
+    world.db().write(
+        [&](Database &db) { db.execute(u"UPDATE item SET title = 'Renamed' WHERE id = ?"_s, {newestSeeded}); });
+    store.setSelection(SidebarSelection::all());
+    QVERIFY(store.items().constData() != all.constData());
+    QCOMPARE(store.items().size(), 10000);
+    QCOMPARE(store.items().first().title, u"Renamed"_s);
+
+    // A short list is read again each time (a few milliseconds), so nothing of it is kept.
+    const QList<LibraryItem> boardRows = (store.setSelectionKey(board), store.items());
+    store.setSelection(SidebarSelection::all());
+    store.setSelectionKey(board);
+    QVERIFY(store.items().constData() != boardRows.constData());
+    QCOMPARE(idsOf(store.items()), idsOf(boardRows));
 }
 
 void TestStore::refreshReadsOnAWorkerAndKeepsUnchangedRows()
