@@ -4,6 +4,7 @@
 #include "app/cli/command.h"
 #include "app/kivoapp.h"
 #include "app/lifecycle/scheduledbackupjob.h"
+#include "core/heaptrim.h"
 #include "core/launchoptions.h"
 #include "core/librarylocation.h"
 #include "understanding/textrecognizer.h"
@@ -103,6 +104,7 @@ int main(int argc, char **argv)
 {
     // Before anything else runs: this may replace the process with a fresh copy of itself.
     kivo::TextRecognizer::ensureSingleThreadedProcess(argv);
+    kivo::tuneHeapForLargeLists();
 
     QStringList arguments;
     for (int i = 0; i < argc; ++i)

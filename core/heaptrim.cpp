@@ -19,6 +19,13 @@ void returnFreedHeapMemory()
 #endif
 }
 
+void tuneHeapForLargeLists()
+{
+#if defined(__GLIBC__)
+    (void)::mallopt(M_MXFAST, 0);
+#endif
+}
+
 void returnFreedHeapMemoryNowAndThen()
 {
     using namespace std::chrono;

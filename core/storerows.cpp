@@ -4,6 +4,7 @@
 #include "core/backgroundpriority.h"
 #include "core/itemcolours.h"
 #include "core/itemqueries.h"
+#include "core/knownrows.h"
 #include "core/systemlog.h"
 
 #include <QCoreApplication>
@@ -45,30 +46,6 @@ void Store::setSearchRunner(SearchRunner runner)
     m_searchRunner = std::move(runner);
 }
 
-namespace {
-
-/**
- * The rows of a query. A row equal to the one at the same place in `shown` (the list on screen)
- * is taken from there: the two lists then share its strings, so a reload that changes a few rows
- * costs one array rather than a hundred thousand records, and freeing the old list frees little.
- */
-QList<LibraryItem> readRows(
-    Database &db, const SqlQuery &query, qsizetype expected, const QList<LibraryItem> &shown = {})
-{
-    QList<LibraryItem> rows;
-    rows.reserve(expected);
-    db.forEach(query.sql, query.arguments, [&](const Row &row) {
-        const qsizetype at = rows.size();
-        if (at < shown.size() && shown[at].isReadFrom(row))
-            rows.append(shown[at]);
-        else
-            rows.append(LibraryItem::fromRow(row));
-    });
-    return rows;
-}
-
-} // namespace
-
 struct Store::RowsReadAhead {
     SqlQuery query;
     std::future<std::pair<QList<LibraryItem>, qint64>> rows;
@@ -92,7 +69,8 @@ void Store::readRowsAhead(const SqlQuery &query, qsizetype expected)
     m_workers.start([queue = m_dbQueue, query, expected, promise] {
         try {
             promise->set_value(queue->read([&](Database &db) {
-                QList<LibraryItem> rows = readRows(db, query, expected);
+                KnownRows none;
+                QList<LibraryItem> rows = readItemRows(db, query.sql, query.arguments, expected, none);
                 return std::pair(std::move(rows), db.totalChanges());
             }));
         } catch (...) {
@@ -215,11 +193,17 @@ void Store::reloadItems(bool typing)
         if (!read && query)
             read = takeRetainedRows(*query, stale);
         if (!read && query) {
+            // A list read again after a write meets most of its rows unchanged.
+            KnownRows known(!stale.isEmpty()                    ? std::move(stale)
+                    : m_itemsRead && m_itemsRead->query == *query ? m_items
+                                                                  : QList<LibraryItem>());
             // The counts already tell how many rows come, which spares the list its regrowth.
             read = m_dbQueue->read([&](Database &db) {
-                QList<LibraryItem> fresh = readRows(db, *query, expectedRowCount(m_selection));
+                QList<LibraryItem> fresh
+                    = readItemRows(db, query->sql, query->arguments, expectedRowCount(m_selection), known);
                 return RowsAt{std::move(fresh), db.totalChanges()};
             });
+            stale = known.takeRows();
         }
         if (read) {
             rows = std::move(read->first);
@@ -251,16 +235,19 @@ void Store::refreshItems()
         return;
     }
     const qsizetype expected = expectedRowCount(m_selection);
-    readInBackground<QList<LibraryItem>>(
+    readInBackground<RowsAt>(
         m_searchGeneration, u"reloadItems"_s,
         [query = *query, expected, shown = m_items](Database &db) {
             // Nobody waits for a refresh: the frames being drawn meanwhile come first.
             lowerCurrentThreadPriority();
-            return readRows(db, query, expected, shown);
+            KnownRows known(shown);
+            QList<LibraryItem> rows = readItemRows(db, query.sql, query.arguments, expected, known);
+            return RowsAt{std::move(rows), db.totalChanges()};
         },
-        [this](QList<LibraryItem> rows) {
+        [this, query = *query](RowsAt read) {
             m_rowsFromSearch = false;
-            publishRows(std::move(rows));
+            m_incomingRead = RowsRead{query, read.second, {}};
+            publishRows(std::move(read.first));
         });
 }
 

@@ -14,6 +14,7 @@
 #include <QtConcurrent>
 
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 
 using namespace Qt::StringLiterals;
@@ -26,6 +27,20 @@ constexpr qint64 chunkSize = 2000;     // items made in parallel at a time
 constexpr qint64 rowsPerWrite = 5000;  // items per database write, with their tags and boards
 
 enum Stream : std::uint64_t { planStream = 1, poolStream = 2, structureStream = 3 };
+
+/**
+ * When each item entered the library. More of it is recent, as it is for people who keep using
+ * it; and items are stored in the order they came, as in a library that grew over time.
+ */
+QList<double> planAddedTimes(qint64 count, double now, DemoRandom &random)
+{
+    constexpr double twoYears = 730 * 86400.0;
+    QList<double> times(count);
+    for (double &time : times)
+        time = now - twoYears * std::pow(random.real(), 1.4) - random.real(0, 3600);
+    std::sort(times.begin(), times.end());
+    return times;
+}
 
 /** How many of each kind: a few real videos and sounds, documents, links and notes, pictures for the rest. */
 QList<DemoKind> planKinds(qint64 count, DemoRandom &random)
@@ -208,6 +223,7 @@ DemoReport DemoGenerator::run()
 
     DemoRandom planRandom = DemoRandom::forPart(context.seed ^ context.stream, planStream, 0);
     context.kinds = planKinds(m_options.items, planRandom);
+    context.addedAt = planAddedTimes(m_options.items, context.now, planRandom);
     const Structure structure = makeStructure(m_queue, planRandom, context.now);
     context.collectionIds = structure.collectionIds;
     context.inboxId = structure.inboxId;

@@ -21,7 +21,6 @@ namespace kivo::demo::DemoItems {
 namespace {
 
 constexpr double day = 86400;
-constexpr double twoYears = 730 * day;
 
 enum Stream : std::uint64_t { itemStream = 11, contentStream = 12 };
 
@@ -65,11 +64,10 @@ void addMembership(ProducedItem &produced, const QString &collectionId, double a
 }
 
 /** Dates, flags, tags and boards: the parts every kind shares. */
-void decorate(ProducedItem &produced, const DemoContext &context, DemoRandom &random, DemoKind kind)
+void decorate(ProducedItem &produced, const DemoContext &context, DemoRandom &random, DemoKind kind, qint64 index)
 {
     LibraryItem &item = produced.item;
-    // More of the library is recent, as it is for people who keep using it.
-    item.addedAt = context.now - twoYears * std::pow(random.real(), 1.4) - random.real(0, 3600);
+    item.addedAt = context.addedAt.at(index);
     item.createdAt = item.addedAt - (random.chance(0.6) ? random.real(0, 400 * day) : 0);
     item.modifiedAt = std::min(context.now, item.addedAt + (random.chance(0.3) ? random.real(0, 60 * day) : 0));
     item.favourite = random.chance(0.06);
@@ -206,7 +204,7 @@ ProducedItem make(const DemoContext &context, qint64 index)
     LibraryItem &item = produced.item;
     item.id = random.uuid();
     item.kind = kindName(kind);
-    decorate(produced, context, random, kind);
+    decorate(produced, context, random, kind, index);
     try {
         makeContent(produced, context, random, kind, index);
     } catch (const std::exception &error) {

@@ -34,6 +34,7 @@ struct DemoContext {
     QString workFolder;
     bool light = false;
     QList<DemoKind> kinds;            // one per item, in order
+    QList<double> addedAt;            // one per item, oldest first, as a library that grew stores its rows
     QList<Picture> pool;              // pictures reused by the picture items
     bool poolPerItem = false;         // every picture item has its own pool entry
     QList<qint64> pictureOrdinal;     // for each item, its number among the pictures
