@@ -570,6 +570,12 @@ private:
     void readExpectedSelectionAhead();
     /** Rows read for `query` with the connection's change count they were read at. */
     using RowsAt = std::pair<QList<LibraryItem>, qint64>;
+    /** What read a list: the statement, the connection's change count then, the kinds it was cut to. */
+    struct RowsRead {
+        SqlQuery query;
+        qint64 changes = 0;
+        QStringList kinds;
+    };
     std::optional<RowsAt> takeRowsReadAhead(const SqlQuery &query);
     /**
      * The list kept when `query`'s rows were left, if nothing was written since. A stale one is
@@ -578,7 +584,7 @@ private:
      */
     std::optional<RowsAt> takeRetainedRows(const SqlQuery &query, QList<LibraryItem> &stale);
     /** Keeps a long list that is being replaced, when it is known what read it; frees it otherwise. */
-    void retainOrRelease(QList<LibraryItem> &&list);
+    void retainOrRelease(QList<LibraryItem> &&list, const std::optional<RowsRead> &incoming);
     [[nodiscard]] std::optional<SqlQuery> rowQueryFor(const SidebarSelection &selection) const;
     /** The sidebar's reads that run on workers: the collections' counts, type counts, tray previews. */
     void startSidebarReads();
@@ -638,13 +644,7 @@ private:
     bool m_firstRowsReadAhead = false;
     struct RowsReadAhead;
     std::shared_ptr<RowsReadAhead> m_rowsReadAhead;
-    /** What read a list: the statement, the connection's change count then, the kinds it was cut to. */
-    struct RowsRead {
-        SqlQuery query;
-        qint64 changes = 0;
-        QStringList kinds;
-    };
-    /** How the shown rows were read, when a reload read them (not a search or a background refresh). */
+    /** How the shown rows were read, when the Store read them itself (not a search). */
     std::optional<RowsRead> m_itemsRead;
     /** Handed from a reload to the publishing of its rows. */
     std::optional<RowsRead> m_incomingRead;

@@ -157,11 +157,12 @@ std::optional<Store::RowsAt> Store::takeRetainedRows(const SqlQuery &query, QLis
     return RowsAt{std::move(rows), read.changes};
 }
 
-void Store::retainOrRelease(QList<LibraryItem> &&list)
+void Store::retainOrRelease(QList<LibraryItem> &&list, const std::optional<RowsRead> &incoming)
 {
-    // Short lists read again in a few milliseconds; only long ones are worth their memory.
+    // Short lists read again in a few milliseconds; only long ones are worth their memory. The
+    // older version of the list now shown is worth nothing: the shown one answers its statement.
     constexpr qsizetype worthKeeping = 10000;
-    if (!m_itemsRead || list.size() < worthKeeping) {
+    if (!m_itemsRead || list.size() < worthKeeping || (incoming && incoming->query == m_itemsRead->query)) {
         releaseLater(std::move(list));
         return;
     }
@@ -317,9 +318,13 @@ void Store::publishRows(QList<LibraryItem> rows)
             });
         }
     }
+    // A long read walked the file's map page by page, even when every row was found unchanged:
+    // those pages go back to the system once the reloads settle.
+    if (rows.size() >= 1000)
+        m_memorySettle.start();
     if (rows != m_items) {
         std::swap(m_items, rows);
-        retainOrRelease(std::move(rows));
+        retainOrRelease(std::move(rows), incoming);
         m_itemsRead = std::move(incoming);
         Q_EMIT itemsChanged();
     } else {
