@@ -164,6 +164,8 @@ int main(int argc, char **argv)
             return 0;
         }
         line(u"reloadItems, All (%1 rows)"_s.arg(store.items().size()), measure({}, [&] { store.reloadItems(); }));
+        // As after a write some seconds into browsing, when the read's memory has gone back.
+        line(u"reloadItems, All, after a pause of 3 s"_s, measure([] { QThread::sleep(3); }, [&] { store.reloadItems(); }));
         const auto switchTo = [&](const QString &what, const SidebarSelection &selection) {
             line(what, measure([&] { store.setSelection(SidebarSelection::all()); },
                            [&] { store.setSelection(selection); }));
