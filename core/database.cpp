@@ -518,6 +518,7 @@ void DatabaseQueue::endRead(bool succeeded)
 
 void DatabaseQueue::beginWrite()
 {
+    m_writesBegun.fetch_add(1, std::memory_order_release);
     m_database.execute(u"BEGIN IMMEDIATE TRANSACTION"_s);
 }
 

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QVariant>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -256,8 +257,16 @@ public:
     auto barrier(Closure &&closure) -> std::invoke_result_t<Closure, Database &>
     {
         Scope scope(*this);
+        m_writesBegun.fetch_add(1, std::memory_order_release);
         return closure(m_database);
     }
+
+    /**
+     * How many writes have begun on this queue, read without waiting for it: a reader that saw
+     * the same number before its read and now knows that nothing it read has changed since, even
+     * while a long read on another thread holds the queue.
+     */
+    [[nodiscard]] quint64 writesBegun() const { return m_writesBegun.load(std::memory_order_acquire); }
 
 private:
     explicit DatabaseQueue(const QString &path, sqlite3 *connection);
@@ -283,6 +292,7 @@ private:
     sqlite3 *m_connection;
     Database m_database;
     std::mutex m_mutex;
+    std::atomic<quint64> m_writesBegun{0};
 };
 
 } // namespace kivo

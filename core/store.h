@@ -617,6 +617,7 @@ private:
     void publishRows(QList<LibraryItem> rows);
     [[nodiscard]] qsizetype expectedRowCount(const SidebarSelection &selection) const;
     void rebuildRailSplit();
+    void reloadBoardIfWritten();
     void reloadTagNames();
     void startTint();
     [[nodiscard]] bool tagNamesNeeded() const;
@@ -653,6 +654,8 @@ private:
      * written: going back to it shows it without reading a hundred thousand rows again.
      */
     std::optional<std::pair<RowsRead, QList<LibraryItem>>> m_retainedRows;
+    /** The selection key whose board was last read, and the writes begun before that read. */
+    std::optional<std::pair<QString, quint64>> m_boardRead;
     QString m_expectedSelectionKey;
     QTimer m_expectationDwell;
 

@@ -336,8 +336,7 @@ void Store::publishRows(QList<LibraryItem> rows)
     rebuildRailSplit();
     reloadTagNames();
     timer.restart();
-    reloadCanvasPositions();
-    reloadBoardObjects();
+    reloadBoardIfWritten();
     const double canvas = elapsedMs(timer);
     timer.restart();
     startTint();
@@ -462,6 +461,19 @@ void Store::startTint()
                 Qt::QueuedConnection);
         },
         QThread::LowPriority);
+}
+
+void Store::reloadBoardIfWritten()
+{
+    // The board is read again only when it may have changed: a refresh of the rows often comes
+    // while a long background read holds the database, and waiting for it here would hold the window.
+    const QString key = m_selection.key();
+    const quint64 writes = m_dbQueue ? m_dbQueue->writesBegun() : 0;
+    if (m_boardRead && m_boardRead->first == key && m_boardRead->second == writes)
+        return;
+    reloadCanvasPositions();
+    reloadBoardObjects();
+    m_boardRead = std::pair(key, writes);
 }
 
 void Store::reloadCanvasPositions()

@@ -3,8 +3,13 @@
 #include "core/userdefaults.h"
 #include "tests/core/storeworld.h"
 
+#include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QTest>
+
+#include <chrono>
+#include <future>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 using namespace kivo;
@@ -51,6 +56,7 @@ private Q_SLOTS:
     void failedReadsLogAndEmptyTheRows();
     void trayPreviewsMergeDescendants();
     void canvasPositionsStackOnTop();
+    void rowsArriveWhileALongReadHoldsTheDatabase();
 };
 
 void TestStore::startMakesTheInbox()
@@ -732,6 +738,39 @@ void TestStore::canvasPositionsStackOnTop()
     QVERIFY(stored);
     QCOMPARE(stored->z, 8);
     QCOMPARE(stored->scale, 2.0);
+}
+
+void TestStore::rowsArriveWhileALongReadHoldsTheDatabase()
+{
+    StoreWorld world;
+    const QString a = world.addItem(u"image"_s, 1);
+    Store &store = world.store;
+    store.reloadItems();
+    const QList<LibraryItem> rows = store.items();
+
+    // A background read (a sidebar count over a million rows) holds the database for a while.
+    std::promise<void> finish;
+    std::promise<void> holding;
+    std::thread longRead([&] {
+        world.db().read([&](Database &) {
+            holding.set_value();
+            finish.get_future().wait_for(std::chrono::seconds(10));
+        });
+    });
+    holding.get_future().wait();
+    // Rows handed over meanwhile are shown at once: nothing was written, so the board is not read again.
+    QElapsedTimer held;
+    held.start();
+    store.applySearchResults(store.searchGeneration(), rows);
+    const qint64 waited = held.elapsed();
+    finish.set_value();
+    longRead.join();
+    QVERIFY2(waited < 2000, qPrintable(QString::number(waited)));
+
+    // After a write the board is read again, and shows the write.
+    world.db().write([&](Database &db) { db.insert(CanvasPosition{a, u"all"_s, 10, 20, 1.0, 3}); });
+    store.applySearchResults(store.searchGeneration(), rows);
+    QCOMPARE(store.canvasPositions().value(a).z, 3);
 }
 
 QTEST_GUILESS_MAIN(TestStore)
