@@ -156,6 +156,8 @@ std::optional<RunFigures> runOnce(const QString &kivo, const QString &library, c
     QStringList arguments{u"--library"_s, library};
     if (noEnrich)
         arguments << u"--no-enrich"_s;
+    // Until Kivo opens it anew, the last run's probe would pass for this one's first frame.
+    QFile::remove(probePath);
     const qint64 start = monotonicNs();
     environment.insert(u"KIVO_FRAME_PROBE_START"_s, QString::number(start));
     process.setProcessEnvironment(environment);
