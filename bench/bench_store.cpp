@@ -79,6 +79,15 @@ Figures measure(const std::function<void()> &prepare, const std::function<void()
     return {times.at(times.size() / 2), times.last(), cpu.at(cpu.size() / 2)};
 }
 
+/** For a profiler: nothing but the All list's reload, over and over, idle between as in the measures. */
+void reloadAllForAProfiler(Store &store)
+{
+    for (int round = 0; round < 20; ++round) {
+        settle();
+        store.reloadItems();
+    }
+}
+
 /** A write that changes nothing anyone sees, so that what was read before it counts as stale. */
 void touchOneItem(Store &store)
 {
@@ -157,10 +166,7 @@ int main(int argc, char **argv)
                 largest = it.key();
         }
         if (application.arguments().contains(u"--all-only"_s)) {
-            for (int round = 0; round < 20; ++round) {
-                settle();
-                store.reloadItems();
-            }
+            reloadAllForAProfiler(store);
             return 0;
         }
         line(u"reloadItems, All (%1 rows)"_s.arg(store.items().size()), measure({}, [&] { store.reloadItems(); }));
@@ -208,11 +214,7 @@ int main(int argc, char **argv)
     if (application.arguments().contains(u"--keep"_s))
         QFile::copy(LibraryLocation::databasePath(), u"/tmp/benchlib/library.sqlite"_s);
     if (application.arguments().contains(u"--all-only"_s)) {
-        // For a profiler: nothing but the All list's reload, over and over.
-        for (int round = 0; round < 20; ++round) {
-            settle();
-            store.reloadItems();
-        }
+        reloadAllForAProfiler(store);
         return 0;
     }
     if (application.arguments().contains(u"--collection-only"_s)) {

@@ -403,11 +403,6 @@ bool Database::deleteByKey(const char *table, const QStringList &key, const QVar
     return changes() > 0;
 }
 
-qint64 Database::totalChanges() const
-{
-    return sqlite3_total_changes64(m_connection);
-}
-
 qint64 Database::changes() const
 {
     return sqlite3_changes64(m_connection);

@@ -157,8 +157,6 @@ public:
     }
 
     [[nodiscard]] qint64 changes() const;
-    /** Rows changed through this connection since it opened: a read can tell whether a write came between. */
-    [[nodiscard]] qint64 totalChanges() const;
     [[nodiscard]] qint64 lastInsertRowId() const;
     [[nodiscard]] sqlite3 *handle() const { return m_connection; }
 
@@ -257,12 +255,11 @@ public:
     auto barrier(Closure &&closure) -> std::invoke_result_t<Closure, Database &>
     {
         Scope scope(*this);
-        m_writesBegun.fetch_add(1, std::memory_order_release);
         return closure(m_database);
     }
 
     /**
-     * How many writes have begun on this queue, read without waiting for it: a reader that saw
+     * How many writes (`write`) have begun on this queue, read without waiting for it: a reader that saw
      * the same number before its read and now knows that nothing it read has changed since, even
      * while a long read on another thread holds the queue.
      */

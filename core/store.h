@@ -569,11 +569,11 @@ private:
     void readRowsAhead(const SqlQuery &query, qsizetype expected);
     void readExpectedSelectionAhead();
     /** Rows read for `query` with the connection's change count they were read at. */
-    using RowsAt = std::pair<QList<LibraryItem>, qint64>;
-    /** What read a list: the statement, the connection's change count then, the kinds it was cut to. */
+    using RowsAt = std::pair<QList<LibraryItem>, quint64>;
+    /** What read a list: the statement, the writes begun before it, the kinds it was cut to. */
     struct RowsRead {
         SqlQuery query;
-        qint64 changes = 0;
+        quint64 writes = 0;
         QStringList kinds;
     };
     std::optional<RowsAt> takeRowsReadAhead(const SqlQuery &query);

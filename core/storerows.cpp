@@ -48,7 +48,7 @@ void Store::setSearchRunner(SearchRunner runner)
 
 struct Store::RowsReadAhead {
     SqlQuery query;
-    std::future<std::pair<QList<LibraryItem>, qint64>> rows;
+    std::future<RowsAt> rows;
 };
 
 void Store::readFirstRowsAhead()
@@ -64,14 +64,14 @@ void Store::readFirstRowsAhead()
 
 void Store::readRowsAhead(const SqlQuery &query, qsizetype expected)
 {
-    auto promise = std::make_shared<std::promise<std::pair<QList<LibraryItem>, qint64>>>();
+    auto promise = std::make_shared<std::promise<RowsAt>>();
     m_rowsReadAhead = std::make_shared<RowsReadAhead>(RowsReadAhead{query, promise->get_future()});
     m_workers.start([queue = m_dbQueue, query, expected, promise] {
         try {
             promise->set_value(queue->read([&](Database &db) {
                 KnownRows none;
                 QList<LibraryItem> rows = readItemRows(db, query.sql, query.arguments, expected, none);
-                return std::pair(std::move(rows), db.totalChanges());
+                return std::pair(std::move(rows), queue->writesBegun());
             }));
         } catch (...) {
             promise->set_exception(std::current_exception());
@@ -135,7 +135,7 @@ std::optional<Store::RowsAt> Store::takeRowsReadAhead(const SqlQuery &query)
     try {
         RowsAt read = ahead->rows.get();
         // A write since the read would make these rows stale; then the reload reads again.
-        if (m_dbQueue->read([](Database &db) { return db.totalChanges(); }) != read.second)
+        if (m_dbQueue->writesBegun() != read.second)
             return std::nullopt;
         return read;
     } catch (const std::exception &) {
@@ -150,11 +150,11 @@ std::optional<Store::RowsAt> Store::takeRetainedRows(const SqlQuery &query, QLis
         return std::nullopt;
     auto [read, rows] = *std::exchange(m_retainedRows, std::nullopt);
     const QStringList kinds = m_settings ? m_settings->allViewKinds() : QStringList();
-    if (read.kinds != kinds || m_dbQueue->read([](Database &db) { return db.totalChanges(); }) != read.changes) {
+    if (read.kinds != kinds || m_dbQueue->writesBegun() != read.writes) {
         stale = std::move(rows);
         return std::nullopt;
     }
-    return RowsAt{std::move(rows), read.changes};
+    return RowsAt{std::move(rows), read.writes};
 }
 
 void Store::retainOrRelease(QList<LibraryItem> &&list, const std::optional<RowsRead> &incoming)
@@ -202,7 +202,7 @@ void Store::reloadItems(bool typing)
             read = m_dbQueue->read([&](Database &db) {
                 QList<LibraryItem> fresh
                     = readItemRows(db, query->sql, query->arguments, expectedRowCount(m_selection), known);
-                return RowsAt{std::move(fresh), db.totalChanges()};
+                return RowsAt{std::move(fresh), m_dbQueue->writesBegun()};
             });
             stale = known.takeRows();
         }
@@ -238,12 +238,12 @@ void Store::refreshItems()
     const qsizetype expected = expectedRowCount(m_selection);
     readInBackground<RowsAt>(
         m_searchGeneration, u"reloadItems"_s,
-        [query = *query, expected, shown = m_items](Database &db) {
+        [query = *query, expected, shown = m_items, queue = m_dbQueue](Database &db) {
             // Nobody waits for a refresh: the frames being drawn meanwhile come first.
             lowerCurrentThreadPriority();
             KnownRows known(shown);
             QList<LibraryItem> rows = readItemRows(db, query.sql, query.arguments, expected, known);
-            return RowsAt{std::move(rows), db.totalChanges()};
+            return RowsAt{std::move(rows), queue->writesBegun()};
         },
         [this, query = *query](RowsAt read) {
             m_rowsFromSearch = false;

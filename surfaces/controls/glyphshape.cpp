@@ -32,7 +32,7 @@ const QHash<QString, QString> &shapes()
         {u"warning"_s, u"M8 2.5 L14 13 H2 Z M8 6.5 V9.5 M8 11.25 L8 11.3"_s},
         {u"library"_s, u"M3 2.5 H5.5 V13.5 H3 Z M7 2.5 H9.5 V13.5 H7 Z M11 3 L13.4 2.6 L14.5 13 L12.1 13.4 Z"_s},
 
-    // Chrome.
+        // Chrome.
         {u"chevron.right"_s, u"M6 3.5 L10.5 8 L6 12.5"_s},
         {u"chevron.down"_s, u"M3.5 6 L8 10.5 L12.5 6"_s},
         {u"chevron.left"_s, u"M10 3.5 L5.5 8 L10 12.5"_s},
@@ -53,7 +53,7 @@ const QHash<QString, QString> &shapes()
         {u"tag"_s, u"M2.5 3.5 V8 L8.5 14 L14 8.5 L8 2.5 H3.5 Z M5.4 5.4 L5.6 5.6"_s},
         {u"link.out"_s, u"M9 2.5 H13.5 V7 M13.5 2.5 L7.5 8.5 M11.5 9.5 V13.5 H2.5 V4.5 H6.5"_s},
 
-    // Collection symbols (the names of the semantic icons where one fits).
+        // Collection symbols (the names of the semantic icons where one fits).
         {u"square.grid.2x2"_s, u"M2.5 2.5h4.5v4.5h-4.5z M9 2.5h4.5v4.5h-4.5z M2.5 9h4.5v4.5h-4.5z M9 9h4.5v4.5h-4.5z"_s},
         {u"tray"_s, u"M2 9.5 L4 3.5 H12 L14 9.5 V13 H2 Z M2 9.5 H5.5 L6.5 11 H9.5 L10.5 9.5 H14"_s},
         {u"star"_s, u"M8 2 L9.8 5.9 L14 6.3 L10.9 9.1 L11.8 13.3 L8 11.1 L4.2 13.3 L5.1 9.1 L2 6.3 L6.2 5.9 Z"_s},
