@@ -1,5 +1,6 @@
 #include "core/database.h"
 
+#include "core/itemchangelog.h"
 #include "core/migrator.h"
 #include "core/schema.h"
 
@@ -463,6 +464,12 @@ std::shared_ptr<DatabaseQueue> DatabaseQueue::open(const QString &path)
 {
     auto queue = openUnmigrated(path);
     Migrator::migrate(*queue, libraryMigrations());
+    // After the migrations, which may rebuild the item table the triggers watch.
+    queue->m_itemChanges = std::make_unique<ItemChangeLog>();
+    queue->barrier([&](Database &db) {
+        queue->m_itemChanges->attach(db);
+        db.m_itemChanges = queue->m_itemChanges.get();
+    });
     return queue;
 }
 

@@ -21,6 +21,8 @@ struct sqlite3_stmt;
 
 namespace kivo {
 
+class ItemChangeLog;
+
 /** An error from SQLite or from the layer over it, carried as a thrown value up to the Store boundary. */
 class DatabaseError : public std::runtime_error
 {
@@ -159,6 +161,8 @@ public:
     [[nodiscard]] qint64 changes() const;
     [[nodiscard]] qint64 lastInsertRowId() const;
     [[nodiscard]] sqlite3 *handle() const { return m_connection; }
+    /** The log of items written on this connection, when the library's queue keeps one. */
+    [[nodiscard]] const ItemChangeLog *itemChanges() const { return m_itemChanges; }
 
 private:
     friend class DatabaseQueue;
@@ -178,6 +182,7 @@ private:
 
     sqlite3 *m_connection;
     QHash<QString, CachedStatement *> m_statements;
+    const ItemChangeLog *m_itemChanges = nullptr;
 };
 
 /**
@@ -288,6 +293,7 @@ private:
     QString m_path;
     sqlite3 *m_connection;
     Database m_database;
+    std::unique_ptr<ItemChangeLog> m_itemChanges;
     std::mutex m_mutex;
     std::atomic<quint64> m_writesBegun{0};
 };

@@ -77,6 +77,16 @@ std::optional<SqlQuery> rowQuery(
         parts->arguments};
 }
 
+std::optional<ChangedRowQuery> changedRowQuery(
+    const SidebarSelection &selection, ItemSort sort, const std::optional<QString> &inboxId)
+{
+    const auto parts = rowParts(selection, sort, inboxId);
+    if (!parts || parts->from != u"item i" || !parts->order.startsWith(u"i.addedAt "))
+        return std::nullopt;
+    return ChangedRowQuery{u"SELECT i.* FROM item i\nWHERE ("_s + parts->where + u") AND i.id IN ("_s,
+        parts->arguments, sort != ItemSort::oldest};
+}
+
 std::optional<SqlQuery> rowIdQuery(const SidebarSelection &selection, const std::optional<QString> &inboxId)
 {
     const auto parts = rowParts(selection, ItemSort::newest, inboxId);

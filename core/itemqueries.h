@@ -33,6 +33,20 @@ namespace ItemQueries {
 [[nodiscard]] std::optional<SqlQuery> rowQuery(
     const SidebarSelection &selection, ItemSort sort, const std::optional<QString> &inboxId);
 
+/**
+ * A selection's statement for some of its rows: the head ends in "AND i.id IN (", to be followed
+ * by placeholders and ")". Only for the selections that list items by themselves in the order
+ * they were added, which SQLite reads along the addedAt index: All, Favourites, Links and the
+ * kind filters.
+ */
+struct ChangedRowQuery {
+    QString head;
+    QVariantList arguments;
+    bool descending = true;
+};
+[[nodiscard]] std::optional<ChangedRowQuery> changedRowQuery(
+    const SidebarSelection &selection, ItemSort sort, const std::optional<QString> &inboxId);
+
 /** The ids of the same rows, in no order: for statements that only ask which rows are in. */
 [[nodiscard]] std::optional<SqlQuery> rowIdQuery(
     const SidebarSelection &selection, const std::optional<QString> &inboxId);

@@ -2,6 +2,7 @@
 
 #include "core/collectiontree.h"
 #include "core/database.h"
+#include "core/itemchangelog.h"
 #include "core/itemqueries.h"
 #include "core/records.h"
 #include "core/sidebarselection.h"
@@ -28,6 +29,7 @@
 namespace kivo {
 
 class AppSettings;
+class KnownRows;
 class Desktop;
 
 /** What one deletion of collections took away, so that an undo can put it back. */
@@ -568,23 +570,48 @@ private:
     void readFirstRowsAhead();
     void readRowsAhead(const SqlQuery &query, qsizetype expected);
     void readExpectedSelectionAhead();
-    /** Rows read for `query` with the connection's change count they were read at. */
-    using RowsAt = std::pair<QList<LibraryItem>, quint64>;
-    /** What read a list: the statement, the writes begun before it, the kinds it was cut to. */
+    /** Rows read, with the writes begun and the point of the item change log they were read at. */
+    struct RowsAt {
+        QList<LibraryItem> rows;
+        quint64 writes = 0;
+        std::optional<ItemChangeLog::Mark> changes;
+        // Every row was read, not only those written since a list read before.
+        bool inFull = true;
+    };
+    /** What read a list: the statement, the writes begun before it, the log's point, the kinds it was cut to. */
     struct RowsRead {
         SqlQuery query;
         quint64 writes = 0;
+        std::optional<ItemChangeLog::Mark> changes;
         QStringList kinds;
+        bool inFull = true;
     };
+    /** A list held in memory that a read may bring up to date rather than read whole. */
+    struct KnownList {
+        QList<LibraryItem> rows;
+        // Where the change log stood when `rows` were read; none when they cannot be patched.
+        std::optional<ItemChangeLog::Mark> changes;
+    };
+    /**
+     * Reads `query`'s rows on the queue: `known` brought up to date when `patch` allows it, else
+     * every row, taking from `known` the rows it holds unchanged. Runs inside a read on `queue`.
+     */
+    static RowsAt readRows(Database &db, const DatabaseQueue &queue, const SqlQuery &query,
+        const std::optional<ItemQueries::ChangedRowQuery> &patch, qsizetype expected, KnownRows &known,
+        const std::optional<ItemChangeLog::Mark> &knownAt);
+    /** The point of the log at which `read`'s list can be patched, if the view cut it to the kinds shown now. */
+    [[nodiscard]] std::optional<ItemChangeLog::Mark> patchableAt(const RowsRead &read) const;
     std::optional<RowsAt> takeRowsReadAhead(const SqlQuery &query);
     /**
      * The list kept when `query`'s rows were left, if nothing was written since. A stale one is
-     * handed back in `stale`, to be freed once the new rows are read: freeing a hundred thousand
-     * rows on a worker while this thread reads as many makes both wait on the allocator.
+     * handed back in `stale`, to be brought up to date or freed once the new rows are read:
+     * freeing a hundred thousand rows on a worker while this thread reads as many makes both wait
+     * on the allocator.
      */
-    std::optional<RowsAt> takeRetainedRows(const SqlQuery &query, QList<LibraryItem> &stale);
+    std::optional<RowsAt> takeRetainedRows(const SqlQuery &query, KnownList &stale);
     /** Keeps a long list that is being replaced, when it is known what read it; frees it otherwise. */
     void retainOrRelease(QList<LibraryItem> &&list, const std::optional<RowsRead> &incoming);
+    [[nodiscard]] ItemSort sortFor(const SidebarSelection &selection) const;
     [[nodiscard]] std::optional<SqlQuery> rowQueryFor(const SidebarSelection &selection) const;
     /** The sidebar's reads that run on workers: the collections' counts, type counts, tray previews. */
     void startSidebarReads();

@@ -4,6 +4,7 @@
 #include "core/backgroundpriority.h"
 #include "core/itemcolours.h"
 #include "core/itemqueries.h"
+#include "core/itemrowpatch.h"
 #include "core/knownrows.h"
 #include "core/systemlog.h"
 
@@ -70,8 +71,7 @@ void Store::readRowsAhead(const SqlQuery &query, qsizetype expected)
         try {
             promise->set_value(queue->read([&](Database &db) {
                 KnownRows none;
-                QList<LibraryItem> rows = readItemRows(db, query.sql, query.arguments, expected, none);
-                return std::pair(std::move(rows), queue->writesBegun());
+                return readRows(db, *queue, query, std::nullopt, expected, none, std::nullopt);
             }));
         } catch (...) {
             promise->set_exception(std::current_exception());
@@ -79,17 +79,43 @@ void Store::readRowsAhead(const SqlQuery &query, qsizetype expected)
     });
 }
 
-std::optional<SqlQuery> Store::rowQueryFor(const SidebarSelection &selection) const
+ItemSort Store::sortFor(const SidebarSelection &selection) const
 {
     // The selection's own sort is the one its view would load.
-    ItemSort sort = ItemSort::newest;
     if (m_itemSortOverride)
-        sort = *m_itemSortOverride;
-    else if (m_settings) {
-        const QString raw = selection == m_selection ? m_settings->itemSort() : m_settings->itemSortFor(selection.key());
-        sort = itemSortFromRaw(raw).value_or(ItemSort::newest);
+        return *m_itemSortOverride;
+    if (!m_settings)
+        return ItemSort::newest;
+    const QString raw = selection == m_selection ? m_settings->itemSort() : m_settings->itemSortFor(selection.key());
+    return itemSortFromRaw(raw).value_or(ItemSort::newest);
+}
+
+std::optional<SqlQuery> Store::rowQueryFor(const SidebarSelection &selection) const
+{
+    return ItemQueries::rowQuery(selection, sortFor(selection), m_inboxId);
+}
+
+Store::RowsAt Store::readRows(Database &db, const DatabaseQueue &queue, const SqlQuery &query,
+    const std::optional<ItemQueries::ChangedRowQuery> &patch, qsizetype expected, KnownRows &known,
+    const std::optional<ItemChangeLog::Mark> &knownAt)
+{
+    const ItemChangeLog *log = db.itemChanges();
+    RowsAt read{{}, queue.writesBegun(), log ? std::optional(log->mark(db)) : std::nullopt};
+    if (patch && knownAt) {
+        if (std::optional<QList<LibraryItem>> patched = patchItemRows(db, *patch, known.rows(), *knownAt)) {
+            read.rows = std::move(*patched);
+            read.inFull = false;
+            return read;
+        }
     }
-    return ItemQueries::rowQuery(selection, sort, m_inboxId);
+    read.rows = readItemRows(db, query.sql, query.arguments, expected, known);
+    return read;
+}
+
+std::optional<ItemChangeLog::Mark> Store::patchableAt(const RowsRead &read) const
+{
+    const QStringList kinds = m_settings ? m_settings->allViewKinds() : QStringList();
+    return read.kinds == kinds ? read.changes : std::nullopt;
 }
 
 void Store::expectSelection(const QString &key)
@@ -135,7 +161,7 @@ std::optional<Store::RowsAt> Store::takeRowsReadAhead(const SqlQuery &query)
     try {
         RowsAt read = ahead->rows.get();
         // A write since the read would make these rows stale; then the reload reads again.
-        if (m_dbQueue->writesBegun() != read.second)
+        if (m_dbQueue->writesBegun() != read.writes)
             return std::nullopt;
         return read;
     } catch (const std::exception &) {
@@ -143,18 +169,18 @@ std::optional<Store::RowsAt> Store::takeRowsReadAhead(const SqlQuery &query)
     }
 }
 
-std::optional<Store::RowsAt> Store::takeRetainedRows(const SqlQuery &query, QList<LibraryItem> &stale)
+std::optional<Store::RowsAt> Store::takeRetainedRows(const SqlQuery &query, KnownList &stale)
 {
-    // Kept for another selection, the list waits there; only a write makes it worthless.
+    // Kept for another selection, the list waits there; a write makes it stale.
     if (!m_retainedRows || m_retainedRows->first.query != query)
         return std::nullopt;
     auto [read, rows] = *std::exchange(m_retainedRows, std::nullopt);
     const QStringList kinds = m_settings ? m_settings->allViewKinds() : QStringList();
     if (read.kinds != kinds || m_dbQueue->writesBegun() != read.writes) {
-        stale = std::move(rows);
+        stale = KnownList{std::move(rows), patchableAt(read)};
         return std::nullopt;
     }
-    return RowsAt{std::move(rows), read.writes};
+    return RowsAt{std::move(rows), read.writes, read.changes, false};
 }
 
 void Store::retainOrRelease(QList<LibraryItem> &&list, const std::optional<RowsRead> &incoming)
@@ -187,35 +213,35 @@ void Store::reloadItems(bool typing)
     QElapsedTimer timer;
     timer.start();
     QList<LibraryItem> rows;
-    QList<LibraryItem> stale;
+    KnownList stale;
     const auto query = rowQueryFor(m_selection);
     try {
         std::optional<RowsAt> read = query ? takeRowsReadAhead(*query) : std::nullopt;
         if (!read && query)
             read = takeRetainedRows(*query, stale);
         if (!read && query) {
-            // A list read again after a write meets most of its rows unchanged.
-            KnownRows known(!stale.isEmpty()                    ? std::move(stale)
-                    : m_itemsRead && m_itemsRead->query == *query ? m_items
-                                                                  : QList<LibraryItem>());
+            // A list read again after a write meets most of its rows unchanged, and is mostly
+            // brought up to date from the few items written.
+            if (stale.rows.isEmpty() && m_itemsRead && m_itemsRead->query == *query)
+                stale = KnownList{m_items, patchableAt(*m_itemsRead)};
+            KnownRows known(std::move(stale.rows));
+            const auto patch = ItemQueries::changedRowQuery(m_selection, sortFor(m_selection), m_inboxId);
             // The counts already tell how many rows come, which spares the list its regrowth.
             read = m_dbQueue->read([&](Database &db) {
-                QList<LibraryItem> fresh
-                    = readItemRows(db, query->sql, query->arguments, expectedRowCount(m_selection), known);
-                return RowsAt{std::move(fresh), m_dbQueue->writesBegun()};
+                return readRows(db, *m_dbQueue, *query, patch, expectedRowCount(m_selection), known, stale.changes);
             });
-            stale = known.takeRows();
+            stale.rows = known.takeRows();
         }
         if (read) {
-            rows = std::move(read->first);
-            m_incomingRead = RowsRead{*query, read->second, {}};
+            rows = std::move(read->rows);
+            m_incomingRead = RowsRead{*query, read->writes, read->changes, {}, read->inFull};
         }
     } catch (const std::exception &error) {
         systemLog(u"[Store] reloadItems failed: "_s + errorText(error));
         rows.clear();
         m_incomingRead.reset();
     }
-    releaseLater(std::move(stale));
+    releaseLater(std::move(stale.rows));
     if (m_churnTrace) {
         systemLog(QString::asprintf("[trace]   the query (incl. waiting for the db queue): %.0f ms, %d rows",
             elapsedMs(timer), int(rows.size())));
@@ -236,19 +262,21 @@ void Store::refreshItems()
         return;
     }
     const qsizetype expected = expectedRowCount(m_selection);
+    const bool sameList = m_itemsRead && m_itemsRead->query == *query;
+    const std::optional<ItemChangeLog::Mark> shownAt = sameList ? patchableAt(*m_itemsRead) : std::nullopt;
     readInBackground<RowsAt>(
         m_searchGeneration, u"reloadItems"_s,
-        [query = *query, expected, shown = m_items, queue = m_dbQueue](Database &db) {
+        [query = *query, patch = ItemQueries::changedRowQuery(m_selection, sortFor(m_selection), m_inboxId),
+            expected, shown = m_items, shownAt, queue = m_dbQueue](Database &db) {
             // Nobody waits for a refresh: the frames being drawn meanwhile come first.
             lowerCurrentThreadPriority();
             KnownRows known(shown);
-            QList<LibraryItem> rows = readItemRows(db, query.sql, query.arguments, expected, known);
-            return RowsAt{std::move(rows), queue->writesBegun()};
+            return readRows(db, *queue, query, patch, expected, known, shownAt);
         },
         [this, query = *query](RowsAt read) {
             m_rowsFromSearch = false;
-            m_incomingRead = RowsRead{query, read.second, {}};
-            publishRows(std::move(read.first));
+            m_incomingRead = RowsRead{query, read.writes, read.changes, {}, read.inFull};
+            publishRows(std::move(read.rows));
         });
 }
 
@@ -319,8 +347,9 @@ void Store::publishRows(QList<LibraryItem> rows)
         }
     }
     // A long read walked the file's map page by page, even when every row was found unchanged:
-    // those pages go back to the system once the reloads settle.
-    if (rows.size() >= 1000)
+    // those pages go back to the system once the reloads settle. A list brought up to date from a
+    // few items written touched few pages.
+    if (rows.size() >= 1000 && (!incoming || incoming->inFull))
         m_memorySettle.start();
     if (rows != m_items) {
         std::swap(m_items, rows);

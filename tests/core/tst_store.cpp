@@ -53,6 +53,7 @@ private Q_SLOTS:
     void pointingAtARowReadsItsRowsAhead();
     void leavingALongListKeepsItForTheReturn();
     void reloadingAListSharesWhatDidNotChange();
+    void reloadsAfterWritesShowWhatAFullReadShows();
     void failedReadsLogAndEmptyTheRows();
     void trayPreviewsMergeDescendants();
     void canvasPositionsStackOnTop();
@@ -610,7 +611,16 @@ void TestStore::reloadingAListSharesWhatDidNotChange()
     store.reloadItems();
     QCOMPARE(store.items().constData(), before.constData());
     QCOMPARE(changed.count(), 0);
-    // Even so the read went through the whole file, whose pages go back once it settles.
+
+    // Written through another connection, the Store cannot tell which rows changed: the read goes
+    // through the whole file, whose pages go back once it settles, and still changes nothing.
+    const auto elsewhere = DatabaseQueue::openUnmigrated(store.dbQueue()->path());
+    // The Store's own workers may still be reading the counts.
+    elsewhere->barrier([](Database &db) { db.executeScript(u"PRAGMA busy_timeout = 10000"_s); });
+    elsewhere->write([](Database &db) { db.execute(u"UPDATE item SET modifiedAt = modifiedAt WHERE rowid = 1"_s); });
+    store.reloadItems();
+    QCOMPARE(store.items().constData(), before.constData());
+    QCOMPARE(changed.count(), 0);
     QTRY_VERIFY_WITH_TIMEOUT(memoryGivenBack, 5000);
 
     // One row written: it is read anew, every other row shares its text with the list before.
@@ -629,6 +639,57 @@ void TestStore::reloadingAListSharesWhatDidNotChange()
         shared += after.at(i).id.constData() == before.at(i).id.constData() ? 1 : 0;
     }
     QCOMPARE(shared, 1499);
+}
+
+void TestStore::reloadsAfterWritesShowWhatAFullReadShows()
+{
+    StoreWorld world;
+    QStringList seeded;
+    const QStringList kinds{u"image"_s, u"link"_s, u"text"_s, u"video"_s};
+    world.seed([&](test::Seed &seed) {
+        for (int i = 0; i < 400; ++i)
+            seeded.append(seed.item(kinds.at(i % kinds.size()), 100 + i));
+    });
+    Store &store = world.store;
+    world.settings.setAllViewKinds({u"image"_s, u"link"_s});
+    // Only All is cut to images and links; Favourites keeps its own choice, every kind.
+    const auto expected = [&](const QString &sql) {
+        QList<LibraryItem> rows = world.db().read([&](Database &db) { return db.fetchAll<LibraryItem>(sql); });
+        if (store.selection() == SidebarSelection::all())
+            rows.removeIf([](const LibraryItem &item) { return item.kind != u"image" && item.kind != u"link"; });
+        return rows;
+    };
+    const QString all = u"SELECT * FROM item WHERE deletedAt IS NULL AND hiddenAt IS NULL ORDER BY addedAt DESC"_s;
+    const QString favourites = u"SELECT * FROM item WHERE deletedAt IS NULL AND favourite = 1 ORDER BY addedAt DESC"_s;
+    store.reloadAll();
+    QCOMPARE(store.items(), expected(all));
+
+    // A text becomes a link, an image a video, one goes, one comes back, one is added among them.
+    const auto writeAndCompare = [&](const QString &sql, const QVariantList &arguments, const QString &listed) {
+        world.db().write([&](Database &db) { db.execute(sql, arguments); });
+        store.reloadItems();
+        return store.items() == expected(listed);
+    };
+    QVERIFY(writeAndCompare(u"UPDATE item SET kind = 'link' WHERE id = ?"_s, {seeded.at(2)}, all));
+    QVERIFY(writeAndCompare(u"UPDATE item SET kind = 'video' WHERE id = ?"_s, {seeded.at(4)}, all));
+    QVERIFY(writeAndCompare(u"UPDATE item SET deletedAt = 9 WHERE id = ?"_s, {seeded.at(5)}, all));
+    QVERIFY(writeAndCompare(u"UPDATE item SET hiddenAt = 9 WHERE id IN (?, ?)"_s, {seeded.at(8), seeded.at(9)}, all));
+    QVERIFY(writeAndCompare(u"UPDATE item SET hiddenAt = NULL WHERE id = ?"_s, {seeded.at(8)}, all));
+    QVERIFY(writeAndCompare(u"UPDATE item SET addedAt = 1000 WHERE id = ?"_s, {seeded.at(13)}, all));
+    world.seed([&](test::Seed &seed) { seed.item(u"image"_s, 250.5); });
+    store.reloadItems();
+    QCOMPARE(store.items(), expected(all));
+
+    // Shown again after another list, with writes between, and with other kinds.
+    store.setSelection(SidebarSelection::favourites());
+    QVERIFY(writeAndCompare(u"UPDATE item SET favourite = 1 WHERE id IN (?, ?, ?)"_s, {seeded.at(1), seeded.at(3), seeded.at(6)},
+        favourites));
+    QVERIFY(writeAndCompare(u"UPDATE item SET kind = 'image' WHERE id = ?"_s, {seeded.at(6)}, favourites));
+    store.setSelection(SidebarSelection::all());
+    QCOMPARE(store.items(), expected(all));
+    world.settings.setAllViewKinds({u"image"_s, u"link"_s, u"text"_s, u"video"_s, u"file"_s});
+    store.reloadItems();
+    QCOMPARE(store.items().size(), world.db().read([&](Database &db) { return db.fetchAll<LibraryItem>(all); }).size());
 }
 
 void TestStore::refreshReadsOnAWorkerAndKeepsUnchangedRows()
