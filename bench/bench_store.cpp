@@ -1,9 +1,13 @@
-// Times the Store's reloads on a library of 100,000 items: the All list, switching to collections
-// of several sizes (also after the pointer has rested on the row, which reads the rows ahead),
-// and the collections' own reload. Prints the median and the worst of each.
+// Times the Store's reloads on a library of 100,000 items: the All list (with nothing written,
+// after one item is written, and read in full), switching to collections of several sizes (also
+// after the pointer has rested on the row, which reads the rows ahead), and the collections' own
+// reload. Prints the median and the worst of each.
 //   bench_store                 on a library of its own, seeded here
-//   bench_store --library DIR   on a copy of an existing library (one made by `kivo demo`), which it
-//                               only reads: the All list, the inbox and the largest collection
+//   bench_store --library DIR   on an existing library (one made by `kivo demo`): the All list, the
+//                               inbox and the largest collection. It marks items favourite and
+//                               back, so give it a copy.
+//   --all-only, --written-only  nothing but the All list's reload, read in full or after one item
+//                               is written, with the trace lines, for a profiler
 
 #include "core/appsettings.h"
 #include "core/heaptrim.h"

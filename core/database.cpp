@@ -47,10 +47,8 @@ DatabaseError::DatabaseError(int code, const QString &message, const QString &sq
 // ---------------------------------------------------------------------------------------------
 // Row
 
-int ColumnCache::find(const char *column, sqlite3_stmt *statement) const
+int ColumnCache::search(const char *column, sqlite3_stmt *statement) const
 {
-    if (m_cursor < m_entries.size() && m_entries[m_cursor].first == column)
-        return m_entries[m_cursor++].second;
     for (size_t i = 0; i < m_entries.size(); ++i) {
         if (m_entries[i].first == column) {
             m_cursor = i + 1;
@@ -76,17 +74,9 @@ Row::Row(sqlite3_stmt *statement, const ColumnCache *columnCache)
 {
 }
 
-int Row::indexOf(const char *column) const
+void Row::throwMissing(const char *column)
 {
-    return m_columnCache->find(column, m_statement);
-}
-
-int Row::require(const char *column) const
-{
-    const int index = indexOf(column);
-    if (index < 0)
-        throw DatabaseError(SQLITE_ERROR, u"no such column in result: "_s + QString::fromUtf8(column));
-    return index;
+    throw DatabaseError(SQLITE_ERROR, u"no such column in result: "_s + QString::fromUtf8(column));
 }
 
 int Row::columnCount() const

@@ -53,9 +53,17 @@ public:
         m_cursor = 0;
     }
     void rewind() const { m_cursor = 0; }
-    [[nodiscard]] int find(const char *column, sqlite3_stmt *statement) const;
+    // Inline: a reload of a long list asks millions of times, nearly always the expected entry.
+    [[nodiscard]] int find(const char *column, sqlite3_stmt *statement) const
+    {
+        if (m_cursor < m_entries.size() && m_entries[m_cursor].first == column)
+            return m_entries[m_cursor++].second;
+        return search(column, statement);
+    }
 
 private:
+    int search(const char *column, sqlite3_stmt *statement) const;
+
     mutable std::vector<std::pair<const char *, int>> m_entries;
     mutable size_t m_cursor = 0;
 };
@@ -67,7 +75,7 @@ public:
     explicit Row(sqlite3_stmt *statement, const ColumnCache *columnCache);
 
     /** Index of a column by name, or -1. Names are cached by address, so pass string literals. */
-    [[nodiscard]] int indexOf(const char *column) const;
+    [[nodiscard]] int indexOf(const char *column) const { return m_columnCache->find(column, m_statement); }
     [[nodiscard]] int columnCount() const;
     [[nodiscard]] QString columnName(int index) const;
 
@@ -102,7 +110,14 @@ public:
     [[nodiscard]] QByteArrayView utf8(const char *column) const;
 
 private:
-    int require(const char *column) const;
+    int require(const char *column) const
+    {
+        const int index = indexOf(column);
+        if (index < 0)
+            throwMissing(column);
+        return index;
+    }
+    [[noreturn]] static void throwMissing(const char *column);
 
     sqlite3_stmt *m_statement;
     const ColumnCache *m_columnCache;

@@ -575,8 +575,6 @@ private:
         QList<LibraryItem> rows;
         quint64 writes = 0;
         std::optional<ItemChangeLog::Mark> changes;
-        // Every row was read, not only those written since a list read before.
-        bool inFull = true;
     };
     /** What read a list: the statement, the writes begun before it, the log's point, the kinds it was cut to. */
     struct RowsRead {
@@ -584,7 +582,6 @@ private:
         quint64 writes = 0;
         std::optional<ItemChangeLog::Mark> changes;
         QStringList kinds;
-        bool inFull = true;
     };
     /** A list held in memory that a read may bring up to date rather than read whole. */
     struct KnownList {

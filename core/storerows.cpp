@@ -104,7 +104,6 @@ Store::RowsAt Store::readRows(Database &db, const DatabaseQueue &queue, const Sq
     if (patch && knownAt) {
         if (std::optional<QList<LibraryItem>> patched = patchItemRows(db, *patch, known.rows(), *knownAt)) {
             read.rows = std::move(*patched);
-            read.inFull = false;
             return read;
         }
     }
@@ -180,7 +179,7 @@ std::optional<Store::RowsAt> Store::takeRetainedRows(const SqlQuery &query, Know
         stale = KnownList{std::move(rows), patchableAt(read)};
         return std::nullopt;
     }
-    return RowsAt{std::move(rows), read.writes, read.changes, false};
+    return RowsAt{std::move(rows), read.writes, read.changes};
 }
 
 void Store::retainOrRelease(QList<LibraryItem> &&list, const std::optional<RowsRead> &incoming)
@@ -234,7 +233,7 @@ void Store::reloadItems(bool typing)
         }
         if (read) {
             rows = std::move(read->rows);
-            m_incomingRead = RowsRead{*query, read->writes, read->changes, {}, read->inFull};
+            m_incomingRead = RowsRead{*query, read->writes, read->changes, {}};
         }
     } catch (const std::exception &error) {
         systemLog(u"[Store] reloadItems failed: "_s + errorText(error));
@@ -275,7 +274,7 @@ void Store::refreshItems()
         },
         [this, query = *query](RowsAt read) {
             m_rowsFromSearch = false;
-            m_incomingRead = RowsRead{query, read.writes, read.changes, {}, read.inFull};
+            m_incomingRead = RowsRead{query, read.writes, read.changes, {}};
             publishRows(std::move(read.rows));
         });
 }
@@ -346,10 +345,9 @@ void Store::publishRows(QList<LibraryItem> rows)
             });
         }
     }
-    // A long read walked the file's map page by page, even when every row was found unchanged:
-    // those pages go back to the system once the reloads settle. A list brought up to date from a
-    // few items written touched few pages.
-    if (rows.size() >= 1000 && (!incoming || incoming->inFull))
+    // A long read walked the file's map page by page, even when every row was found unchanged, and
+    // so did the counts read beside it: those pages go back to the system once the reloads settle.
+    if (rows.size() >= 1000)
         m_memorySettle.start();
     if (rows != m_items) {
         std::swap(m_items, rows);

@@ -139,6 +139,9 @@ void EnrichmentService::scanPending()
         QVariantList ids;
         try {
             ids = db->read([](Database &database) { return database.fetchScalars(pendingQuery); });
+            // The scan walks every row through the file's map, a hundred megabytes at 100,000
+            // items that would stay resident until the window's own reads settle.
+            db->releaseMappedPages();
         } catch (const std::exception &error) {
             systemLog(u"[Enrichment] pending scan failed: "_s + errorText(error));
             Q_EMIT scanFailed(errorText(error));
