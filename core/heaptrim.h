@@ -21,8 +21,9 @@ void returnFreedHeapMemoryNowAndThen();
  * Sets the C library's heap up for lists of a hundred thousand rows that a worker frees while
  * the main thread reads the next: freed blocks are merged as they are freed, on the freeing
  * thread. Otherwise they wait in its fast free lists until the next large request, which then
- * merges them all at once, on the main thread, in the middle of a reload (a fifth of it).
- * Call once, first thing.
+ * merges them all at once, on the main thread, in the middle of a reload (a fifth of it). Blocks
+ * up to 256 MB come from the heap rather than fresh mappings, so that a new list reuses the pages
+ * the replaced one freed. Call once, first thing.
  */
 void tuneHeapForLargeLists();
 
