@@ -110,6 +110,7 @@ int main(int argc, char **argv)
     for (int i = 0; i < argc; ++i)
         arguments.append(QString::fromLocal8Bit(argv[i]));
     kivo::LaunchOptions::setCurrent(kivo::LaunchOptions::parse(arguments));
+    kivo::UserDefaults::clearAbandonedLock();
     ensureAutomaticScrollBars();
 
     if (kivo::LaunchOptions::current().runScheduledBackup)

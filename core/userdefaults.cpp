@@ -1,5 +1,11 @@
 #include "core/userdefaults.h"
 
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QLockFile>
+#include <QThread>
+
 using namespace Qt::StringLiterals;
 
 namespace kivo {
@@ -7,6 +13,30 @@ namespace kivo {
 UserDefaults::UserDefaults()
     : m_settings(QSettings::NativeFormat, QSettings::UserScope, u"Kivo"_s, u"Kivo"_s)
 {
+}
+
+void UserDefaults::clearAbandonedLock(int patience)
+{
+    QLockFile lock(UserDefaults().fileName() + u".lock"_s);
+    // A live writer fills the file in the moment after creating it.
+    constexpr qint64 abandonedAfterMs = 1000;
+    QElapsedTimer waited;
+    waited.start();
+    for (;;) {
+        const QFileInfo file(lock.fileName());
+        qint64 pid = 0;
+        QString hostName;
+        QString applicationName;
+        if (!file.exists() || lock.getLockInfo(&pid, &hostName, &applicationName))
+            return;
+        if (file.lastModified().msecsTo(QDateTime::currentDateTime()) > abandonedAfterMs) {
+            lock.removeStaleLockFile();
+            return;
+        }
+        if (waited.elapsed() > patience)
+            return;
+        QThread::msleep(100);
+    }
 }
 
 bool UserDefaults::boolValue(const QString &key, bool fallback) const

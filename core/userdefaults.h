@@ -34,6 +34,15 @@ public:
     /** The file the values live in. */
     [[nodiscard]] QString fileName() const { return m_settings.fileName(); }
 
+    /**
+     * Removes the file's lock when a process died between creating it and writing its own name
+     * in it (a kill at that moment): Qt judges such a lock by its age alone and would make every
+     * later write wait 30 seconds for it. Waits at most `patience` milliseconds for a young one to
+     * show whether it is abandoned. A lock that names its process is left to Qt, which notices a
+     * dead owner at once. Call at start, before any value is written.
+     */
+    static void clearAbandonedLock(int patience = 1500);
+
 private:
     QSettings m_settings;
 };

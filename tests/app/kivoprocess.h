@@ -83,11 +83,30 @@ public:
             const QString log = QString::fromUtf8(readFile(diagnosticsLog(m_sandbox)));
             if (countOf(log, QStringLiteral("=== LAUNCH v")) > launchesBefore && log.contains(mine))
                 return true;
-            if (m_process.state() == QProcess::NotRunning)
+            if (m_process.state() == QProcess::NotRunning) {
+                explainFailedStart(QStringLiteral("ended before its launch line"));
                 return false;
+            }
             QTest::qWait(50);
         }
+        explainFailedStart(QStringLiteral("wrote no launch line in 20 s"));
         return false;
+    }
+
+    /** What a start that failed left behind, for the test's output: a rare failure is read from there. */
+    void explainFailedStart(const QString &what)
+    {
+        if (m_process.state() != QProcess::NotRunning) {
+            // Where it stands: the main thread's stack, when a debugger is at hand.
+            QProcess gdb;
+            gdb.start(QStringLiteral("gdb"), {QStringLiteral("-batch"), QStringLiteral("-p"), QString::number(m_pid),
+                                                QStringLiteral("-ex"), QStringLiteral("thread apply all bt 12")});
+            if (gdb.waitForFinished(30000))
+                qWarning().noquote() << "kivo's threads:\n" << QString::fromLocal8Bit(gdb.readAllStandardOutput());
+        }
+        qWarning().noquote() << "kivo (pid" << m_pid << ")" << what << "\nits output:\n"
+                             << QString::fromLocal8Bit(m_process.readAllStandardOutput() + m_process.readAllStandardError())
+                             << "\nthe diagnostics log:\n" << QString::fromUtf8(readFile(diagnosticsLog(m_sandbox)));
     }
 
     [[nodiscard]] qint64 pid() const { return m_pid; }

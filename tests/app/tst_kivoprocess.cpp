@@ -20,6 +20,7 @@ private Q_SLOTS:
     void signalQuitsCleanlyAndRefreshesSidecars_data();
     void signalQuitsCleanlyAndRefreshesSidecars();
     void killLeavesNoTerminateLine();
+    void settingsLockLeftByAKillDoesNotHoldTheNextLaunch();
     void heartbeatNamesTheProcess();
     void secondLaunchHandsOffAndIsRefused();
     void scheduledBackupRunsWithoutWindow_data();
@@ -94,6 +95,26 @@ void TestKivoProcess::killLeavesNoTerminateLine()
         events.append(line.contains(u"=== LAUNCH v"_s) ? u"launch"_s : line.contains(u"=== CLEAN TERMINATE ==="_s) ? u"terminate"_s : u"other"_s);
     QCOMPARE(events, (QStringList{u"launch"_s, u"launch"_s, u"terminate"_s}));
     QVERIFY(lines.at(1).endsWith(u" pid %1 ==="_s.arg(next.pid())));
+}
+
+void TestKivoProcess::settingsLockLeftByAKillDoesNotHoldTheNextLaunch()
+{
+    Sandbox sandbox;
+    kivo::test::seedLibrary(sandbox);
+    // Killed between creating the settings' lock and writing its name in it: an empty lock, which
+    // Qt alone would honour for 30 seconds.
+    const QString lock = sandbox.path() + u"/config/Kivo/Kivo.conf.lock"_s;
+    QVERIFY(QDir().mkpath(QFileInfo(lock).path()));
+    kivo::test::writeFile(lock, QByteArray());
+    QElapsedTimer clock;
+    clock.start();
+    KivoRun kivo(sandbox);
+    QVERIFY(kivo.start());
+    QVERIFY2(clock.elapsed() < 15000, qPrintable(QString::number(clock.elapsed())));
+    QTRY_VERIFY(!QFile::exists(lock) || QFileInfo(lock).size() > 0);
+    kivo.signal(SIGTERM);
+    QVERIFY(kivo.waitForFinished());
+    QCOMPARE(kivo.process().exitCode(), 0);
 }
 
 void TestKivoProcess::heartbeatNamesTheProcess()

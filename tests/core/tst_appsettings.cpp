@@ -2,6 +2,9 @@
 #include "core/userdefaults.h"
 #include "tests/testsupport.h"
 
+#include <QDir>
+#include <QFileInfo>
+#include <QLockFile>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -198,6 +201,31 @@ private Q_SLOTS:
             QCOMPARE(settings.shelfEnabled(), shelfEnabled.toBool());
         else
             QVERIFY(!settings.shelfEnabled());
+    }
+
+    void onlyAnAbandonedLockIsCleared()
+    {
+        kivo::test::Sandbox sandbox;
+        const QString path = UserDefaults().fileName() + u".lock"_s;
+        QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+        {
+            // A lock that names a live process stays: Qt waits for its owner.
+            QLockFile held(path);
+            QVERIFY(held.tryLock());
+            UserDefaults::clearAbandonedLock(0);
+            QVERIFY(QFileInfo(path).size() > 0);
+        }
+        // An empty one, written a moment ago, stays while it may still be filled in...
+        kivo::test::writeFile(path, QByteArray());
+        UserDefaults::clearAbandonedLock(0);
+        QVERIFY(QFile::exists(path));
+        // ...and goes once it cannot be: a write then goes through at once.
+        UserDefaults::clearAbandonedLock(3000);
+        QVERIFY(!QFile::exists(path));
+        UserDefaults defaults;
+        defaults.setValue(u"written"_s, true);
+        defaults.sync();
+        QCOMPARE(defaults.value(u"written"_s).toBool(), true);
     }
 };
 
