@@ -4,8 +4,6 @@
 
 #include <algorithm>
 
-using namespace Qt::StringLiterals;
-
 namespace kivo {
 
 std::optional<QList<LibraryItem>> patchItemRows(Database &db, const ItemQueries::ChangedRowQuery &query,
