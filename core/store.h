@@ -610,6 +610,8 @@ private:
     void retainOrRelease(QList<LibraryItem> &&list, const std::optional<RowsRead> &incoming);
     [[nodiscard]] ItemSort sortFor(const SidebarSelection &selection) const;
     [[nodiscard]] std::optional<SqlQuery> rowQueryFor(const SidebarSelection &selection) const;
+    /** The statement that re-reads some of the selection's rows, when its list can be patched. */
+    [[nodiscard]] std::optional<ItemQueries::ChangedRowQuery> changedRowQueryFor(const SidebarSelection &selection) const;
     /** The sidebar's reads that run on workers: the collections' counts, type counts, tray previews. */
     void startSidebarReads();
     void readCollectionCountsInBackground();

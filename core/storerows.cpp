@@ -95,6 +95,11 @@ std::optional<SqlQuery> Store::rowQueryFor(const SidebarSelection &selection) co
     return ItemQueries::rowQuery(selection, sortFor(selection), m_inboxId);
 }
 
+std::optional<ItemQueries::ChangedRowQuery> Store::changedRowQueryFor(const SidebarSelection &selection) const
+{
+    return ItemQueries::changedRowQuery(selection, sortFor(selection), m_inboxId);
+}
+
 Store::RowsAt Store::readRows(Database &db, const DatabaseQueue &queue, const SqlQuery &query,
     const std::optional<ItemQueries::ChangedRowQuery> &patch, qsizetype expected, KnownRows &known,
     const std::optional<ItemChangeLog::Mark> &knownAt)
@@ -224,7 +229,7 @@ void Store::reloadItems(bool typing)
             if (stale.rows.isEmpty() && m_itemsRead && m_itemsRead->query == *query)
                 stale = KnownList{m_items, patchableAt(*m_itemsRead)};
             KnownRows known(std::move(stale.rows));
-            const auto patch = ItemQueries::changedRowQuery(m_selection, sortFor(m_selection), m_inboxId);
+            const auto patch = changedRowQueryFor(m_selection);
             // The counts already tell how many rows come, which spares the list its regrowth.
             read = m_dbQueue->read([&](Database &db) {
                 return readRows(db, *m_dbQueue, *query, patch, expectedRowCount(m_selection), known, stale.changes);
@@ -265,8 +270,8 @@ void Store::refreshItems()
     const std::optional<ItemChangeLog::Mark> shownAt = sameList ? patchableAt(*m_itemsRead) : std::nullopt;
     readInBackground<RowsAt>(
         m_searchGeneration, u"reloadItems"_s,
-        [query = *query, patch = ItemQueries::changedRowQuery(m_selection, sortFor(m_selection), m_inboxId),
-            expected, shown = m_items, shownAt, queue = m_dbQueue](Database &db) {
+        [query = *query, patch = changedRowQueryFor(m_selection), expected, shown = m_items, shownAt,
+            queue = m_dbQueue](Database &db) {
             // Nobody waits for a refresh: the frames being drawn meanwhile come first.
             lowerCurrentThreadPriority();
             KnownRows known(shown);
