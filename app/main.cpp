@@ -7,7 +7,6 @@
 #include "core/heaptrim.h"
 #include "core/launchoptions.h"
 #include "core/librarylocation.h"
-#include "understanding/textrecognizer.h"
 #include "core/userdefaults.h"
 
 #include <QCoreApplication>
@@ -102,8 +101,6 @@ kivo::cli::Command *findCommand(const QString &name)
 
 int main(int argc, char **argv)
 {
-    // Before anything else runs: this may replace the process with a fresh copy of itself.
-    kivo::TextRecognizer::ensureSingleThreadedProcess(argv);
     kivo::tuneHeapForLargeLists();
 
     QStringList arguments;

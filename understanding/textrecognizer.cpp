@@ -6,12 +6,12 @@
 #include <tesseract/baseapi.h>
 #include <tesseract/resultiterator.h>
 
+#include <omp.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <memory>
-
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -27,11 +27,27 @@ struct Engine {
     bool failed = false;
 };
 
+/**
+ * The engine asks OpenMP for a team of threads for every line it reads, and with one thread per
+ * core it reads an image several times slower than alone, as the threads wait on each other
+ * (images are read on several workers at once already). Allowing no active parallel level runs
+ * each such region on the calling thread. The setting belongs to the thread that makes it, so each
+ * engine's thread makes it before its first read. A choice the user made in the environment is
+ * left alone.
+ */
+void readOnThisThreadOnly()
+{
+    if (std::getenv("OMP_THREAD_LIMIT") || std::getenv("OMP_NUM_THREADS") || std::getenv("OMP_MAX_ACTIVE_LEVELS"))
+        return;
+    omp_set_max_active_levels(0);
+}
+
 tesseract::TessBaseAPI *threadEngine()
 {
     thread_local Engine engine;
     if (engine.api || engine.failed)
         return engine.api.get();
+    readOnThisThreadOnly();
     auto api = std::make_unique<tesseract::TessBaseAPI>();
     // The engine's progress and warnings would otherwise go to standard error on every image.
     api->SetVariable("debug_file", "/dev/null");
@@ -108,18 +124,6 @@ std::optional<QString> TextRecognizer::recognizeText(const QImage &image)
 bool TextRecognizer::isAvailable()
 {
     return threadEngine() != nullptr;
-}
-
-void TextRecognizer::ensureSingleThreadedProcess(char **argv)
-{
-    // With one OpenMP thread per core the engine reads an image several times slower than with
-    // one thread in all, as its threads wait on each other.
-    if (std::getenv("OMP_THREAD_LIMIT") != nullptr)
-        return;
-    if (::setenv("OMP_THREAD_LIMIT", "1", 1) != 0)
-        return;
-    ::execv("/proc/self/exe", argv);
-    // Still here: the exec failed. Go on; only processes started from here see the limit.
 }
 
 } // namespace kivo

@@ -12,8 +12,8 @@ namespace kivo {
  * order, so that screenshots and photos of signs become searchable.
  *
  * Each thread keeps one engine, loaded on its first use and reused after, because loading the
- * language model costs far more than reading one image. The process should run with
- * OMP_THREAD_LIMIT=1, or the engine's threads fight over the cores.
+ * language model costs far more than reading one image. Each engine reads on its own thread
+ * only, without a team of OpenMP threads, unless the environment sets OpenMP's limits.
  */
 class TextRecognizer
 {
@@ -26,14 +26,6 @@ public:
 
     /** Whether this thread's engine could be loaded (the English model is installed). */
     [[nodiscard]] static bool isAvailable();
-
-    /**
-     * Call first thing in main(): when OMP_THREAD_LIMIT is not set, sets it to 1 and replaces the
-     * process with a fresh copy of the program (same arguments), because the engine's OpenMP
-     * runtime reads the limit only once, as it loads. Returns only when nothing had to change or
-     * the restart failed.
-     */
-    static void ensureSingleThreadedProcess(char **argv);
 };
 
 } // namespace kivo

@@ -1,15 +1,11 @@
 #include "tests/testsupport.h"
 
-#include <QBuffer>
-#include <QFile>
 #include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
 #include <QTest>
-
-#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -37,15 +33,9 @@ QImage mixedPicture()
     return image;
 }
 
-QByteArray processEnvironment(qint64 pid)
-{
-    QFile file(u"/proc/%1/environ"_s.arg(pid));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
-/** `kivo palette`: a picture's palette from the real binary, and the thread limit it starts with. */
+/** `kivo palette`: a picture's palette from the real binary. */
 class TestPaletteCommand : public QObject
 {
     Q_OBJECT
@@ -131,50 +121,6 @@ private Q_SLOTS:
         QCOMPARE(outcome.exitCode, exitCode);
         QCOMPARE(outcome.err.trimmed(), message);
         QCOMPARE(outcome.out, QString());
-    }
-
-    void startsWithOneRecognitionThread_data()
-    {
-        QTest::addColumn<QString>("given");
-        QTest::addColumn<QByteArray>("seen");
-        QTest::newRow("missing: set by a restart") << QString() << QByteArray("OMP_THREAD_LIMIT=1");
-        QTest::newRow("given: left alone") << u"3"_s << QByteArray("OMP_THREAD_LIMIT=3");
-    }
-    void startsWithOneRecognitionThread()
-    {
-        QFETCH(QString, given);
-        QFETCH(QByteArray, seen);
-        // The child blocks reading a pipe, so its environment can be read from outside. The block
-        // of /proc/PID/environ is the one the program image started with: a variable set later
-        // inside the process would not show there, so seeing it proves the restart.
-        const QString fifo = m_sandbox->path() + u"/picture.png"_s;
-        QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
-        QProcessEnvironment environment = childEnvironment();
-        environment.remove(u"OMP_THREAD_LIMIT"_s);
-        if (!given.isEmpty())
-            environment.insert(u"OMP_THREAD_LIMIT"_s, given);
-        QProcess process;
-        process.setProcessEnvironment(environment);
-        process.start(QStringLiteral(KIVO_BINARY), {u"palette"_s, fifo});
-        QVERIFY(process.waitForStarted());
-        const qint64 pid = process.processId();
-        QTRY_VERIFY_WITH_TIMEOUT(processEnvironment(pid).split('\0').contains(seen), 10000);
-        QCOMPARE(process.processId(), pid);
-
-        // The restarted program still does its work.
-        QFile pipe(fifo);
-        QVERIFY(pipe.open(QIODevice::WriteOnly));
-        QByteArray png;
-        {
-            QBuffer buffer(&png);
-            buffer.open(QIODevice::WriteOnly);
-            QVERIFY(mixedPicture().save(&buffer, "PNG"));
-        }
-        pipe.write(png);
-        pipe.close();
-        QVERIFY(process.waitForFinished(30000));
-        QCOMPARE(process.exitCode(), 0);
-        QCOMPARE(QString::fromUtf8(process.readAllStandardOutput()).section(u'\n', 0, 0), u"#FFFFFF  white"_s);
     }
 };
 

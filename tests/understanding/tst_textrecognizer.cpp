@@ -4,14 +4,17 @@
 #include <QFont>
 #include <QFontDatabase>
 #include <QFontMetrics>
+#include <QFile>
 #include <QImage>
 #include <QPainter>
 #include <QRandomGenerator>
 #include <QTest>
+#include <QThread>
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
+#include <filesystem>
 
 using namespace Qt::StringLiterals;
 using kivo::TextRecognizer;
@@ -67,6 +70,18 @@ qsizetype editDistance(const QString &a, const QString &b)
     return previous[b.size()];
 }
 
+// How many of this process's threads have the name given, from the kernel's list.
+int threadsNamed(const QByteArray &name)
+{
+    int count = 0;
+    for (const auto &task : std::filesystem::directory_iterator("/proc/self/task")) {
+        QFile comm(QString::fromStdString((task.path() / "comm").string()));
+        if (comm.open(QIODevice::ReadOnly) && comm.readAll().trimmed() == name)
+            ++count;
+    }
+    return count;
+}
+
 // One minus the edit distance over the expected length: 1 is a perfect reading.
 double characterAccuracy(const QString &expected, const QString &read)
 {
@@ -86,6 +101,27 @@ private Q_SLOTS:
         QVERIFY2(TextRecognizer::isAvailable(), "the English text model (tesseract-ocr-eng) is missing");
         QVERIFY(QFontDatabase::families().contains(u"DejaVu Sans"_s));
         QVERIFY(QFontDatabase::families().contains(u"Noto Serif"_s));
+    }
+
+    void readsOnTheCallingThreadAlone()
+    {
+        // This test runs without OpenMP settings in its environment, as Kivo usually does. The
+        // threads of an OpenMP team are started by the reading thread, carry its name, and stay
+        // alive beside it for its next read.
+        QVERIFY(qgetenv("OMP_THREAD_LIMIT").isEmpty() && qgetenv("OMP_NUM_THREADS").isEmpty());
+        const QImage page = screenshot(sampleLines, 20, {Qt::white, Qt::black});
+        int namedAfterReading = 0;
+        std::optional<QString> text;
+        std::unique_ptr<QThread> reader(QThread::create([&] {
+            text = TextRecognizer::recognizeText(page);
+            namedAfterReading = threadsNamed("page reader");
+        }));
+        reader->setObjectName(u"page reader"_s);
+        reader->start();
+        QVERIFY(reader->wait(60000));
+        QVERIFY(text);
+        QVERIFY2(characterAccuracy(sampleLines.join(u'\n'), *text) >= 0.98, qPrintable(*text));
+        QCOMPARE(namedAfterReading, 1);
     }
 
     void readsDrawnTextLineByLine_data()
