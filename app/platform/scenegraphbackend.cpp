@@ -1,5 +1,6 @@
 #include "app/platform/scenegraphbackend.h"
 
+#include <QDir>
 #include <QGuiApplication>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
@@ -11,6 +12,15 @@
 using namespace Qt::StringLiterals;
 
 namespace kivo {
+
+bool hasGraphicsProcessor(const QString &deviceFolder)
+{
+    // A driver that can draw exposes a render node; a display-only one (simpledrm, bochs, virtio
+    // without 3D) only a card node. NVIDIA's own driver may expose only its /dev/nvidiaN nodes.
+    const QDir devices(deviceFolder);
+    return !QDir(devices.filePath(u"dri"_s)).entryList({u"renderD*"_s}, QDir::System | QDir::Files).isEmpty()
+        || !devices.entryList({u"nvidia[0-9]*"_s}, QDir::System | QDir::Files).isEmpty();
+}
 
 bool isSoftwareRasterizer(const QString &glRenderer)
 {
@@ -76,6 +86,12 @@ QString chooseSceneGraphBackend()
     // These platforms draw without OpenGL already.
     if (platform == u"offscreen" || platform == u"minimal" || platform == u"vnc")
         return u"Qt Quick's default for "_s + platform;
+    // Without a graphics processor OpenGL could only be an emulation; asking it which would load
+    // Mesa and LLVM for nothing, a tenth of a second and more of the start.
+    if (!hasGraphicsProcessor()) {
+        useSoftwareRenderer();
+        return u"software (no graphics processor)"_s;
+    }
     const std::optional<QString> renderer = openGlRenderer();
     if (!renderer) {
         useSoftwareRenderer();
