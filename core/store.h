@@ -173,7 +173,10 @@ public:
      * headless command, which has no window and no event loop to receive them, turns them off.
      */
     void setSidebarExtrasEnabled(bool enabled) { m_sidebarExtrasEnabled = enabled; }
-    /** The window reads the collections' counts on a worker; a command wants them at once. */
+    /**
+     * The window reads the collections' counts and the sidebar's numbers on a worker, as they walk
+     * every item; a command wants them at once.
+     */
     void setCollectionCountsInBackground(bool later) { m_collectionCountsInBackground = later; }
     /**
      * After large reloads the freed memory goes back to the system once things settle, and, with
@@ -265,6 +268,18 @@ public:
     [[nodiscard]] int linksCount() const { return m_linksCount; }
     [[nodiscard]] int trashCount() const { return m_trashCount; }
     [[nodiscard]] int hiddenCount() const { return m_hiddenCount; }
+    /** The sidebar's numbers and every collection's count, as one read gives them. */
+    struct SidebarCounts {
+        QHash<QString, int> counts;
+        QHash<QString, double> lastActivity;
+        int all = 0;
+        int favourites = 0;
+        int links = 0;
+        int trash = 0;
+        int hidden = 0;
+    };
+    /** Whether the numbers above were read yet; in the window they follow the first list. */
+    [[nodiscard]] bool countsKnown() const { return m_countsKnown; }
     [[nodiscard]] QVariantMap typeCounts() const { return m_typeCounts; }
     [[nodiscard]] int typeCount(MediaTypeFilter filter) const;
     [[nodiscard]] QVariantMap countsMap() const;
@@ -615,8 +630,9 @@ private:
     /** The sidebar's reads that run on workers: the collections' counts, type counts, tray previews. */
     void startSidebarReads();
     void readCollectionCountsInBackground();
-    static void readCollectionCounts(Database &db, QHash<QString, int> &counts, QHash<QString, double> &lastActivity);
-    void publishCollectionCounts(QHash<QString, int> counts, QHash<QString, double> lastActivity, bool sidebarChanged);
+    static void readCollectionCounts(Database &db, SidebarCounts &read);
+    static void readSidebarNumbers(Database &db, SidebarCounts &read);
+    void publishCounts(SidebarCounts read);
     /**
      * Runs `read` on a worker through the database queue and hands its result to `publish` on the
      * main thread, unless a newer read of the same kind (`generation`) was asked for since.
@@ -696,6 +712,7 @@ private:
     int m_linksCount = 0;
     int m_trashCount = 0;
     int m_hiddenCount = 0;
+    bool m_countsKnown = false;
     QVariantMap m_typeCounts;
     quint64 m_typeCountsGeneration = 0;
     quint64 m_trayPreviewsGeneration = 0;

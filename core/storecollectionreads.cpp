@@ -13,23 +13,11 @@ namespace kivo {
 
 namespace {
 
-/** The per-collection part of the reload, which may be read on a worker. */
-struct CollectionCounts {
-    QHash<QString, int> counts;
-    QHash<QString, double> lastActivity;
-};
-
-/** What one reload of the collections reads, published only where it differs. */
+/** What the synchronous part of one reload of the collections reads. */
 struct CollectionSnapshot {
     QList<LibraryCollection> collections;
     std::optional<LibraryCollection> inbox;
-    QHash<QString, int> counts;
-    QHash<QString, double> lastActivity;
-    int all = 0;
-    int favourites = 0;
-    int links = 0;
-    int trash = 0;
-    int hidden = 0;
+    std::optional<Store::SidebarCounts> counts;
 };
 
 CollectionSort collectionSortOf(const AppSettings *settings)
@@ -54,24 +42,13 @@ void Store::reloadCollections()
             CollectionSnapshot read;
             read.collections = db.fetchAll<LibraryCollection>(
                 u"SELECT * FROM collection WHERE deletedAt IS NULL AND isInbox = 0 ORDER BY sortIndex ASC, name ASC"_s);
-            if (!countsLater)
-                readCollectionCounts(db, read.counts, read.lastActivity);
             read.inbox
                 = db.fetchOne<LibraryCollection>(u"SELECT * FROM collection WHERE isInbox = 1 AND deletedAt IS NULL"_s);
-            // The sidebar's numbers are one family: one pass over the items gives them all.
-            db.forEach(u"SELECT SUM(CASE WHEN deletedAt IS NULL AND hiddenAt IS NULL THEN 1 ELSE 0 END) AS allCount,\n"
-                       "       SUM(CASE WHEN deletedAt IS NULL AND kind = 'link' THEN 1 ELSE 0 END) AS links,\n"
-                       "       SUM(CASE WHEN deletedAt IS NOT NULL THEN 1 ELSE 0 END) AS trash,\n"
-                       "       SUM(CASE WHEN deletedAt IS NULL AND favourite = 1 THEN 1 ELSE 0 END) AS favourites,\n"
-                       "       SUM(CASE WHEN deletedAt IS NULL AND hiddenAt IS NOT NULL THEN 1 ELSE 0 END) AS hidden\n"
-                       "FROM item"_s,
-                {}, [&](const Row &row) {
-                    read.all = int(row.integer("allCount"));
-                    read.links = int(row.integer("links"));
-                    read.trash = int(row.integer("trash"));
-                    read.favourites = int(row.integer("favourites"));
-                    read.hidden = int(row.integer("hidden"));
-                });
+            if (!countsLater) {
+                read.counts.emplace();
+                readCollectionCounts(db, *read.counts);
+                readSidebarNumbers(db, *read.counts);
+            }
             return read;
         });
     } catch (const std::exception &error) {
@@ -81,25 +58,13 @@ void Store::reloadCollections()
 
     if (snapshot.inbox)
         m_inboxId = snapshot.inbox->id;
-    const bool collectionsDiffer = snapshot.collections != m_collections || snapshot.inbox != m_inboxCollection;
-    if (collectionsDiffer) {
+    if (snapshot.collections != m_collections || snapshot.inbox != m_inboxCollection) {
         m_collections = std::move(snapshot.collections);
         m_inboxCollection = std::move(snapshot.inbox);
         Q_EMIT collectionsChanged();
     }
-    const bool sidebarDiffers = snapshot.all != m_allCount || snapshot.favourites != m_favouritesCount
-        || snapshot.links != m_linksCount || snapshot.trash != m_trashCount || snapshot.hidden != m_hiddenCount;
-    m_allCount = snapshot.all;
-    m_favouritesCount = snapshot.favourites;
-    m_linksCount = snapshot.links;
-    m_trashCount = snapshot.trash;
-    m_hiddenCount = snapshot.hidden;
-    if (countsLater) {
-        if (sidebarDiffers)
-            Q_EMIT countsChanged();
-    } else {
-        publishCollectionCounts(std::move(snapshot.counts), std::move(snapshot.lastActivity), sidebarDiffers);
-    }
+    if (snapshot.counts)
+        publishCounts(std::move(*snapshot.counts));
     if (m_holdSidebarReads)
         m_sidebarReadsHeld = true;
     else
@@ -119,21 +84,21 @@ void Store::startSidebarReads()
 
 void Store::readCollectionCountsInBackground()
 {
-    // Joining every membership with its item is the slow part of the collections' reload: in the
-    // window it runs on a worker, and the counts follow the list a moment later.
-    readInBackground<CollectionCounts>(
+    // Joining every membership with its item, and counting every item for the sidebar, are the
+    // slow part of the collections' reload: in the window they run on a worker, in one read, and
+    // the numbers follow the list a moment later.
+    readInBackground<SidebarCounts>(
         m_collectionCountsGeneration, u"reloadCollections"_s,
         [](Database &db) {
-            CollectionCounts read;
-            readCollectionCounts(db, read.counts, read.lastActivity);
+            SidebarCounts read;
+            readCollectionCounts(db, read);
+            readSidebarNumbers(db, read);
             return read;
         },
-        [this](CollectionCounts read) {
-            publishCollectionCounts(std::move(read.counts), std::move(read.lastActivity), false);
-        });
+        [this](SidebarCounts read) { publishCounts(std::move(read)); });
 }
 
-void Store::readCollectionCounts(Database &db, QHash<QString, int> &counts, QHash<QString, double> &lastActivity)
+void Store::readCollectionCounts(Database &db, SidebarCounts &read)
 {
     db.forEach(u"SELECT ic.collectionId AS cid, COUNT(*) AS n, MAX(ic.addedAt) AS last\n"
                "FROM itemCollection ic\n"
@@ -141,23 +106,49 @@ void Store::readCollectionCounts(Database &db, QHash<QString, int> &counts, QHas
                "GROUP BY ic.collectionId"_s,
         {}, [&](const Row &row) {
             const QString id = row.text("cid");
-            counts.insert(id, int(row.integer("n")));
-            lastActivity.insert(id, row.real("last"));
+            read.counts.insert(id, int(row.integer("n")));
+            read.lastActivity.insert(id, row.real("last"));
         });
 }
 
-void Store::publishCollectionCounts(
-    QHash<QString, int> counts, QHash<QString, double> lastActivity, bool sidebarChanged)
+void Store::readSidebarNumbers(Database &db, SidebarCounts &read)
 {
-    const int inboxCount = m_inboxId ? counts.value(*m_inboxId, 0) : 0;
-    if (sidebarChanged || counts != m_counts || inboxCount != m_inboxCount) {
-        m_counts = std::move(counts);
+    // The sidebar's numbers are one family: one pass over the items gives them all.
+    db.forEach(u"SELECT SUM(CASE WHEN deletedAt IS NULL AND hiddenAt IS NULL THEN 1 ELSE 0 END) AS allCount,\n"
+               "       SUM(CASE WHEN deletedAt IS NULL AND kind = 'link' THEN 1 ELSE 0 END) AS links,\n"
+               "       SUM(CASE WHEN deletedAt IS NOT NULL THEN 1 ELSE 0 END) AS trash,\n"
+               "       SUM(CASE WHEN deletedAt IS NULL AND favourite = 1 THEN 1 ELSE 0 END) AS favourites,\n"
+               "       SUM(CASE WHEN deletedAt IS NULL AND hiddenAt IS NOT NULL THEN 1 ELSE 0 END) AS hidden\n"
+               "FROM item"_s,
+        {}, [&](const Row &row) {
+            read.all = int(row.integer("allCount"));
+            read.links = int(row.integer("links"));
+            read.trash = int(row.integer("trash"));
+            read.favourites = int(row.integer("favourites"));
+            read.hidden = int(row.integer("hidden"));
+        });
+}
+
+void Store::publishCounts(SidebarCounts read)
+{
+    const int inboxCount = m_inboxId ? read.counts.value(*m_inboxId, 0) : 0;
+    const bool differ = !m_countsKnown || read.all != m_allCount || read.favourites != m_favouritesCount
+        || read.links != m_linksCount || read.trash != m_trashCount || read.hidden != m_hiddenCount
+        || read.counts != m_counts || inboxCount != m_inboxCount;
+    if (differ) {
+        m_allCount = read.all;
+        m_favouritesCount = read.favourites;
+        m_linksCount = read.links;
+        m_trashCount = read.trash;
+        m_hiddenCount = read.hidden;
+        m_counts = std::move(read.counts);
         m_inboxCount = inboxCount;
+        m_countsKnown = true;
         Q_EMIT countsChanged();
     }
-    QHash<QString, double> rollup = CollectionTree::activityRollup(m_collections, lastActivity);
-    if (lastActivity != m_collectionLastActivity || rollup != m_collectionActivityRollup) {
-        m_collectionLastActivity = std::move(lastActivity);
+    QHash<QString, double> rollup = CollectionTree::activityRollup(m_collections, read.lastActivity);
+    if (read.lastActivity != m_collectionLastActivity || rollup != m_collectionActivityRollup) {
+        m_collectionLastActivity = std::move(read.lastActivity);
         m_collectionActivityRollup = std::move(rollup);
         Q_EMIT collectionActivityChanged();
     }

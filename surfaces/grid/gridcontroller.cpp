@@ -160,7 +160,9 @@ void GridController::reloadRail()
 void GridController::updateEmptyState()
 {
     EmptyState state;
-    if (m_store && isEmpty()) {
+    // Which words fit an empty list depends on whether the library is empty; in the window the
+    // numbers come a moment after the first list, and until then nothing is said.
+    if (m_store && isEmpty() && m_store->countsKnown()) {
         const bool libraryEmpty = m_store->allCount() == 0 && m_store->hiddenCount() == 0;
         state = EmptyState::forSelection(m_store->selection(), m_store->searchText(), libraryEmpty);
     }

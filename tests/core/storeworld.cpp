@@ -28,12 +28,14 @@ QString migratedTemplate()
 
 } // namespace
 
-StoreWorld::StoreWorld()
+StoreWorld::StoreWorld(const std::function<void(Store &)> &beforeStart)
 {
     QDir().mkpath(sandbox.libraryRoot());
     QFile::copy(migratedTemplate(), sandbox.libraryRoot() + u"/library.sqlite"_s);
     desktop.downloads = sandbox.path() + u"/Downloads"_s;
     store.setDesktop(&desktop);
+    if (beforeStart)
+        beforeStart(store);
     store.initialise();
     if (!QTest::qWaitFor([this] { return store.didInitialLoad(); }, 5000))
         qWarning("The Store's first load did not come");

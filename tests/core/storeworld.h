@@ -53,7 +53,8 @@ private:
 class StoreWorld
 {
 public:
-    StoreWorld();
+    /** `beforeStart` sets the Store up as the window does, before its first load. */
+    explicit StoreWorld(const std::function<void(Store &)> &beforeStart = {});
 
     Sandbox sandbox;
     AppSettings settings;

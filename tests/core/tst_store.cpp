@@ -56,6 +56,7 @@ private Q_SLOTS:
     void reloadsAfterWritesShowWhatAFullReadShows();
     void failedReadsLogAndEmptyTheRows();
     void trayPreviewsMergeDescendants();
+    void theWindowsNumbersFollowOnAWorker();
     void canvasPositionsStackOnTop();
     void rowsArriveWhileALongReadHoldsTheDatabase();
 };
@@ -777,6 +778,43 @@ void TestStore::trayPreviewsMergeDescendants()
     QCOMPARE(world.store.trayPreviews().value(child), urls({u"c/five.png"_s, u"c/four.png"_s, u"c/three.png"_s}));
     QCOMPARE(world.store.collectionActivityRollup().value(parent), 9.0);
     QCOMPARE(world.store.collectionLastActivity().value(child), 5.0);
+}
+
+void TestStore::theWindowsNumbersFollowOnAWorker()
+{
+    StoreWorld world([](Store &store) { store.setCollectionCountsInBackground(true); });
+    QTRY_VERIFY(world.store.countsKnown());
+    const QString board = world.addCollection(u"Board"_s);
+    QStringList ids;
+    world.seed([&](test::Seed &seed) {
+        ids.append(seed.item(u"image"_s, 1));
+        ids.append(seed.item(u"link"_s, 2, [](LibraryItem &item) { item.favourite = true; }));
+        ids.append(seed.item(u"image"_s, 3, [](LibraryItem &item) { item.hiddenAt = 3.0; }));
+        ids.append(seed.item(u"note"_s, 4, [](LibraryItem &item) { item.deletedAt = 4.0; }));
+        seed.membership(ids.at(0), board, 5);
+        seed.membership(ids.at(3), board, 6); // in the Trash: not counted
+    });
+    QSignalSpy counted(&world.store, &Store::countsChanged);
+    world.store.reloadAll();
+    // The list is there at once; the numbers arrive together, a moment later.
+    QCOMPARE(world.store.items().size(), 2);
+    QTRY_COMPARE(counted.size(), 1);
+    QCOMPARE(world.store.allCount(), 2);
+    QCOMPARE(world.store.favouritesCount(), 1);
+    QCOMPARE(world.store.linksCount(), 1);
+    QCOMPARE(world.store.hiddenCount(), 1);
+    QCOMPARE(world.store.trashCount(), 1);
+    QCOMPARE(world.store.counts().value(board), 1);
+    QCOMPARE(world.store.collectionLastActivity().value(board), 5.0);
+
+    // A write through the Store brings them up to date the same way.
+    QVERIFY(world.store.favourite({ids.at(0)}));
+    QTRY_COMPARE(world.store.favouritesCount(), 2);
+    QVERIFY(world.store.trashItems({ids.at(0)}));
+    QTRY_COMPARE(world.store.allCount(), 1);
+    QTRY_COMPARE(world.store.counts().value(board), 0);
+    QCOMPARE(world.store.trashCount(), 2);
+    QCOMPARE(world.store.favouritesCount(), 1);
 }
 
 void TestStore::canvasPositionsStackOnTop()
