@@ -132,8 +132,17 @@ void Store::initialise()
     }
     ensureInbox();
     retireBoardObjects();
-    if (m_firstRowsReadAhead)
+    if (m_firstRowsReadAhead) {
+        // The first list's read holds the database for a while, and the first load would read the
+        // collections and the board behind it; they are read now instead, and kept if nothing is
+        // written first.
+        m_holdSidebarReads = true;
+        reloadCollections();
+        m_holdSidebarReads = false;
+        m_collectionsReadAt = m_dbQueue->writesBegun();
+        reloadBoardIfWritten();
         readFirstRowsAhead();
+    }
     // The first load comes after the caller has finished starting, so the window shows first.
     QTimer::singleShot(0, this, [this] {
         if (m_settings)
@@ -208,7 +217,8 @@ void Store::reloadAll()
     // The sidebar's extra numbers are read on a worker; started before the rows, they would hold
     // the database while the window waits for its rows.
     m_holdSidebarReads = true;
-    reloadCollections();
+    if (!m_dbQueue || std::exchange(m_collectionsReadAt, std::nullopt) != m_dbQueue->writesBegun())
+        reloadCollections();
     const double collections = double(timer.nsecsElapsed()) / 1e6;
     reloadItems();
     m_holdSidebarReads = false;

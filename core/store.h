@@ -193,6 +193,8 @@ public:
      * takes those rows when its query is the same and nothing was written since.
      */
     void setFirstRowsReadAhead(bool ahead) { m_firstRowsReadAhead = ahead; }
+    /** How many rows the launch draws before the whole first list is read: a screen and more. */
+    static constexpr qsizetype firstScreenfulRows = 400;
     /** Turns the "[trace]" timing lines on or off; the window reads "--churn-trace" once. */
     void setChurnTrace(bool on) { m_churnTrace = on; }
     [[nodiscard]] bool churnTrace() const { return m_churnTrace; }
@@ -284,7 +286,8 @@ public:
     [[nodiscard]] int typeCount(MediaTypeFilter filter) const;
     [[nodiscard]] QVariantMap countsMap() const;
     [[nodiscard]] int collectionCount() const { return int(m_collections.size()); }
-    [[nodiscard]] int itemCount() const { return int(m_items.size()); }
+    /** How many rows the selection lists; 0, not yet known, while a long list's first screenful shows. */
+    [[nodiscard]] int itemCount() const { return m_firstScreenfulShown ? 0 : int(m_items.size()); }
     [[nodiscard]] int allRowCount() const { return int(m_allRows.size()); }
     [[nodiscard]] int railItemCount() const { return int(m_railItems.size()); }
     /** Visible tag names per item id, by name; filled only while chips or the list's tag column show. */
@@ -583,7 +586,12 @@ private:
     };
 
     void readFirstRowsAhead();
-    void readRowsAhead(const SqlQuery &query, qsizetype expected);
+    struct RowsReadAhead;
+    /**
+     * Reads `query`'s rows on a worker for the next reload to take. With `firstScreenful`, the
+     * first that many rows are read first, for the window to draw while the rest are read.
+     */
+    void readRowsAhead(const SqlQuery &query, qsizetype expected, qsizetype firstScreenful);
     void readExpectedSelectionAhead();
     /** Rows read, with the writes begun and the point of the item change log they were read at. */
     struct RowsAt {
@@ -614,6 +622,10 @@ private:
     /** The point of the log at which `read`'s list can be patched, if the view cut it to the kinds shown now. */
     [[nodiscard]] std::optional<ItemChangeLog::Mark> patchableAt(const RowsRead &read) const;
     std::optional<RowsAt> takeRowsReadAhead(const SqlQuery &query);
+    /** The first screenful read ahead, while the whole list is still being read. */
+    std::optional<RowsAt> takeFirstScreenfulAhead(const SqlQuery &query);
+    /** The whole list read ahead has arrived: it replaces the first screenful shown. */
+    void wholeListReadAhead(const std::shared_ptr<RowsReadAhead> &ahead);
     /**
      * The list kept when `query`'s rows were left, if nothing was written since. A stale one is
      * handed back in `stale`, to be brought up to date or freed once the new rows are read:
@@ -656,7 +668,8 @@ private:
     QString insertCollection(Database &db, const QString &name, const std::optional<QString> &parentId);
     void saveCollapsed();
     // storerows.cpp
-    void publishRows(QList<LibraryItem> rows);
+    /** Publishes a selection's rows; `firstScreenful` when they are only the first of a long list. */
+    void publishRows(QList<LibraryItem> rows, bool firstScreenful = false);
     [[nodiscard]] qsizetype expectedRowCount(const SidebarSelection &selection) const;
     void rebuildRailSplit();
     void reloadBoardIfWritten();
@@ -685,7 +698,10 @@ private:
     bool m_sidebarReadsHeld = false;
     bool m_collectionCountsInBackground = false;
     bool m_firstRowsReadAhead = false;
-    struct RowsReadAhead;
+    /** The writes begun when the collections were read before the first load. */
+    std::optional<quint64> m_collectionsReadAt;
+    /** Whether the rows shown are the first screenful of a list still being read. */
+    bool m_firstScreenfulShown = false;
     std::shared_ptr<RowsReadAhead> m_rowsReadAhead;
     /** How the shown rows were read, when the Store read them itself (not a search). */
     std::optional<RowsRead> m_itemsRead;

@@ -14,6 +14,7 @@
 #include <QThreadPool>
 #include <QTimer>
 
+#include <algorithm>
 #include <array>
 #include <future>
 #include <utility>
@@ -50,6 +51,10 @@ void Store::setSearchRunner(SearchRunner runner)
 struct Store::RowsReadAhead {
     SqlQuery query;
     std::future<RowsAt> rows;
+    /** The first screenful of the same rows, read before them at launch (else not valid). */
+    std::future<RowsAt> firstRows;
+    /** Whether the first screenful is shown and the whole list is to follow when read. */
+    bool wholeAwaited = false;
 };
 
 void Store::readFirstRowsAhead()
@@ -60,23 +65,88 @@ void Store::readFirstRowsAhead()
     if (m_settings)
         m_settings->loadViewPreferences(m_selection.key());
     if (const std::optional<SqlQuery> query = rowQueryFor(m_selection); query && m_searchText.trimmed().isEmpty())
-        readRowsAhead(*query, 0);
+        readRowsAhead(*query, 0, firstScreenfulRows);
 }
 
-void Store::readRowsAhead(const SqlQuery &query, qsizetype expected)
+void Store::readRowsAhead(const SqlQuery &query, qsizetype expected, qsizetype firstScreenful)
 {
     auto promise = std::make_shared<std::promise<RowsAt>>();
-    m_rowsReadAhead = std::make_shared<RowsReadAhead>(RowsReadAhead{query, promise->get_future()});
-    m_workers.start([queue = m_dbQueue, query, expected, promise] {
-        try {
-            promise->set_value(queue->read([&](Database &db) {
+    auto firstPromise = std::make_shared<std::promise<RowsAt>>();
+    auto ahead = std::make_shared<RowsReadAhead>(RowsReadAhead{query, promise->get_future(), {}, false});
+    if (firstScreenful > 0)
+        ahead->firstRows = firstPromise->get_future();
+    m_rowsReadAhead = ahead;
+    QPointer<Store> self(this);
+    std::weak_ptr<RowsReadAhead> weakAhead = ahead;
+    m_workers.start([queue = m_dbQueue, query, expected, firstScreenful, promise, firstPromise, self, weakAhead] {
+        const auto read = [&](const SqlQuery &statement) {
+            return queue->read([&](Database &db) {
                 KnownRows none;
-                return readRows(db, *queue, query, std::nullopt, expected, none, std::nullopt);
-            }));
+                return readRows(db, *queue, statement, std::nullopt, expected, none, std::nullopt);
+            });
+        };
+        if (firstScreenful > 0) {
+            // A long list takes a while to read whole; its first screenful can be drawn meanwhile.
+            try {
+                RowsAt first = read(SqlQuery{query.sql + u"\nLIMIT "_s + QString::number(firstScreenful), query.arguments});
+                if (first.rows.size() < firstScreenful) {
+                    // That was the whole list. It is ready before the screenful, so nobody waits for more.
+                    promise->set_value(first);
+                    firstPromise->set_value(std::move(first));
+                    return;
+                }
+                firstPromise->set_value(std::move(first));
+            } catch (...) {
+                firstPromise->set_exception(std::current_exception());
+            }
+        }
+        try {
+            promise->set_value(read(query));
         } catch (...) {
             promise->set_exception(std::current_exception());
         }
+        if (firstScreenful > 0) {
+            QMetaObject::invokeMethod(
+                QCoreApplication::instance(),
+                [self, weakAhead] {
+                    if (self)
+                        self->wholeListReadAhead(weakAhead.lock());
+                },
+                Qt::QueuedConnection);
+        }
     });
+}
+
+std::optional<Store::RowsAt> Store::takeFirstScreenfulAhead(const SqlQuery &query)
+{
+    using namespace std::chrono_literals;
+    RowsReadAhead *ahead = m_rowsReadAhead.get();
+    if (!ahead || ahead->query != query || !ahead->firstRows.valid())
+        return std::nullopt;
+    if (ahead->rows.wait_for(0s) == std::future_status::ready)
+        return std::nullopt;
+    std::optional<RowsAt> first;
+    try {
+        first = ahead->firstRows.get();
+    } catch (const std::exception &) {
+        return std::nullopt;
+    }
+    if (ahead->rows.wait_for(0s) == std::future_status::ready || m_dbQueue->writesBegun() != first->writes)
+        return std::nullopt;
+    // A view mode still to be chosen asks whether every row is a link; one that is not answers
+    // for the whole list.
+    const auto isLink = [](const LibraryItem &item) { return item.kind == u"link"; };
+    if (m_defaultViewModePending && std::all_of(first->rows.cbegin(), first->rows.cend(), isLink))
+        return std::nullopt;
+    ahead->wholeAwaited = true;
+    return first;
+}
+
+void Store::wholeListReadAhead(const std::shared_ptr<RowsReadAhead> &ahead)
+{
+    // Only while the first screenful it follows is still what the window shows.
+    if (ahead && ahead == m_rowsReadAhead && ahead->wholeAwaited && m_searchText.trimmed().isEmpty())
+        reloadItems(false);
 }
 
 ItemSort Store::sortFor(const SidebarSelection &selection) const
@@ -145,7 +215,7 @@ void Store::readExpectedSelectionAhead()
     const std::optional<SqlQuery> query = rowQueryFor(*selection);
     if (!query || (m_rowsReadAhead && m_rowsReadAhead->query == *query))
         return;
-    readRowsAhead(*query, expectedRowCount(*selection));
+    readRowsAhead(*query, expectedRowCount(*selection), 0);
 }
 
 bool Store::readsAhead(const QString &key) const
@@ -219,8 +289,12 @@ void Store::reloadItems(bool typing)
     QList<LibraryItem> rows;
     KnownList stale;
     const auto query = rowQueryFor(m_selection);
+    bool firstScreenful = false;
     try {
-        std::optional<RowsAt> read = query ? takeRowsReadAhead(*query) : std::nullopt;
+        std::optional<RowsAt> read = query ? takeFirstScreenfulAhead(*query) : std::nullopt;
+        firstScreenful = read.has_value();
+        if (!read && query)
+            read = takeRowsReadAhead(*query);
         if (!read && query)
             read = takeRetainedRows(*query, stale);
         if (!read && query) {
@@ -238,7 +312,11 @@ void Store::reloadItems(bool typing)
         }
         if (read) {
             rows = std::move(read->rows);
-            m_incomingRead = RowsRead{*query, read->writes, read->changes, {}};
+            // The first screenful is not the list: no later read may be patched from it or keep it.
+            if (firstScreenful)
+                m_incomingRead.reset();
+            else
+                m_incomingRead = RowsRead{*query, read->writes, read->changes, {}};
         }
     } catch (const std::exception &error) {
         systemLog(u"[Store] reloadItems failed: "_s + errorText(error));
@@ -252,7 +330,7 @@ void Store::reloadItems(bool typing)
     }
     if (m_defaultViewModePending)
         applyDefaultViewMode(rows);
-    publishRows(std::move(rows));
+    publishRows(std::move(rows), firstScreenful);
     if (m_churnTrace)
         systemLog(QString::asprintf("[trace] reloadItems total %.0f ms", elapsedMs(timer)));
 }
@@ -326,8 +404,9 @@ void Store::applySearchResults(quint64 generation, const QList<LibraryItem> &row
     publishRows(rows);
 }
 
-void Store::publishRows(QList<LibraryItem> rows)
+void Store::publishRows(QList<LibraryItem> rows, bool firstScreenful)
 {
+    const bool wholenessChanged = std::exchange(m_firstScreenfulShown, firstScreenful) != firstScreenful;
     QElapsedTimer timer;
     timer.start();
     std::optional<RowsRead> incoming = std::exchange(m_incomingRead, std::nullopt);
@@ -362,6 +441,8 @@ void Store::publishRows(QList<LibraryItem> rows)
     } else {
         releaseLater(std::move(rows));
         m_itemsRead = std::move(incoming);
+        if (wholenessChanged)
+            Q_EMIT itemsChanged();
     }
     if (m_churnTrace)
         systemLog(QString::asprintf("[trace]   handing SwiftUI the array: %.0f ms", elapsedMs(timer)));

@@ -59,6 +59,7 @@ private Q_SLOTS:
     void theWindowsNumbersFollowOnAWorker();
     void canvasPositionsStackOnTop();
     void rowsArriveWhileALongReadHoldsTheDatabase();
+    void aLongFirstListDrawsItsFirstScreenfulFirst();
 };
 
 void TestStore::startMakesTheInbox()
@@ -870,6 +871,53 @@ void TestStore::rowsArriveWhileALongReadHoldsTheDatabase()
     world.db().write([&](Database &db) { db.insert(CanvasPosition{a, u"all"_s, 10, 20, 1.0, 3}); });
     store.applySearchResults(store.searchGeneration(), rows);
     QCOMPARE(store.canvasPositions().value(a).z, 3);
+}
+
+void TestStore::aLongFirstListDrawsItsFirstScreenfulFirst()
+{
+    StoreWorld world;
+    constexpr int count = 30000;
+    world.seed([&](test::Seed &seed) {
+        for (int i = 0; i < count; ++i)
+            seed.item(i % 3 ? u"image"_s : u"link"_s, 1000 + i);
+    });
+    const auto wholeList = [&] {
+        return world.db().read([](Database &db) {
+            return db.fetchAll<LibraryItem>(
+                u"SELECT * FROM item WHERE deletedAt IS NULL AND hiddenAt IS NULL ORDER BY addedAt DESC"_s);
+        });
+    };
+
+    // A second Store on the same library, started as the window starts it.
+    for (const bool writeMeanwhile : {false, true}) {
+        Store store(&world.settings);
+        store.setCollectionCountsInBackground(true);
+        store.setFirstRowsReadAhead(true);
+        QList<std::pair<int, qsizetype>> shown; // the count told, the rows listed, at each change
+        connect(&store, &Store::itemsChanged, &store,
+            [&] { shown.append({store.itemCount(), store.items().size()}); });
+        store.initialise();
+        QTRY_VERIFY(store.didInitialLoad());
+        const bool firstScreenfulShown = store.items().size() == Store::firstScreenfulRows;
+        if (firstScreenfulShown) {
+            // The newest rows, in order, while the count is not told yet.
+            QCOMPARE(store.itemCount(), 0);
+            QCOMPARE(idsOf(store.items()), idsOf(wholeList().first(Store::firstScreenfulRows)));
+            if (writeMeanwhile)
+                QVERIFY(store.favourite({store.items().at(5).id}));
+        }
+        QTRY_COMPARE(store.items().size(), count);
+        QCOMPARE(store.itemCount(), count);
+        QCOMPARE(store.items(), wholeList());
+        // Only ever the first screenful or the whole list.
+        for (const auto &[told, listed] : std::as_const(shown))
+            QVERIFY((told == 0 && listed == Store::firstScreenfulRows) || (told == count && listed == count));
+        // A later write is patched into the whole list, never into the screenful.
+        QVERIFY(store.favourite({store.items().at(count - 1).id}));
+        QCOMPARE(store.items(), wholeList());
+        if (!firstScreenfulShown)
+            QSKIP("the whole list was read before the first load asked for it; nothing to tell apart");
+    }
 }
 
 QTEST_GUILESS_MAIN(TestStore)
