@@ -217,11 +217,12 @@ int runApplication(int argc, char **argv)
     const int thumbnailCache = MemoryCaches::add(u"thumbnails"_s, [thumbnails] { thumbnails->purge(); });
     const auto forgetThumbnailCache = qScopeGuard([thumbnailCache] { MemoryCaches::remove(thumbnailCache); });
     // The library file's mapped pages are a cache as well; the first load leaves most of the file
-    // mapped, so once it has settled they go back, and again at every purge.
+    // mapped, so once it has settled they go back, and again at every purge. Trimming the heap
+    // holds its lock for tens of milliseconds, so it waits, like every settle, for a pause in the
+    // person's input rather than catching a scroll that has just begun.
     const int libraryPages = MemoryCaches::add(u"library file pages"_s, [&store] { store.giveBackMemory(); });
     const auto forgetLibraryPages = qScopeGuard([libraryPages] { MemoryCaches::remove(libraryPages); });
-    QObject::connect(&store, &Store::didInitialLoadChanged, &store,
-        [&store] { QTimer::singleShot(1500, &store, [&store] { store.giveBackMemory(); }); });
+    QObject::connect(&store, &Store::didInitialLoadChanged, &store, [&store] { store.giveBackMemoryOnceSettled(); });
     engine.load(QUrl(u"qrc:/Kivo/window/Main.qml"_s));
     if (engine.rootObjects().isEmpty()) {
         delegate.willTerminate();

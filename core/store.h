@@ -183,6 +183,8 @@ public:
      * a gate, only when the gate says it is a good moment (the window: no input for a while).
      */
     void setMemorySettleGate(std::function<bool()> gate) { m_memorySettleGate = std::move(gate); }
+    /** Gives memory back as after a large reload: once things settle, and the gate agrees. */
+    void giveBackMemoryOnceSettled() { m_memorySettle.start(); }
     /**
      * On a worker: lets go of the library file's mapped pages (they stay in the system's file
      * cache) and, with `trimHeap`, returns the heap's freed pages to the system. For memory purges.
