@@ -208,9 +208,10 @@ void Store::stopExpectingSelection(const QString &key)
 void Store::readExpectedSelectionAhead()
 {
     const std::optional<SidebarSelection> selection = SidebarSelection::fromKey(m_expectedSelectionKey);
-    // Before the first load, the rows read ahead are the first list's: pointing must not replace them.
+    // Until the first list is in whole, the rows read ahead are that list's: pointing must not
+    // replace them.
     if (!m_dbQueue || !m_didInitialLoad || !selection || *selection == m_selection
-        || !m_searchText.trimmed().isEmpty())
+        || !m_searchText.trimmed().isEmpty() || (m_rowsReadAhead && m_rowsReadAhead->wholeAwaited))
         return;
     const std::optional<SqlQuery> query = rowQueryFor(*selection);
     if (!query || (m_rowsReadAhead && m_rowsReadAhead->query == *query))
