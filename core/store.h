@@ -266,21 +266,26 @@ public:
     [[nodiscard]] const QHash<QString, int> &counts() const { return m_counts; }
     [[nodiscard]] const QHash<QString, double> &collectionLastActivity() const { return m_collectionLastActivity; }
     [[nodiscard]] const QHash<QString, double> &collectionActivityRollup() const { return m_collectionActivityRollup; }
-    [[nodiscard]] int allCount() const { return m_allCount; }
+    [[nodiscard]] int allCount() const { return m_numbers.all; }
     [[nodiscard]] int inboxCount() const { return m_inboxCount; }
-    [[nodiscard]] int favouritesCount() const { return m_favouritesCount; }
-    [[nodiscard]] int linksCount() const { return m_linksCount; }
-    [[nodiscard]] int trashCount() const { return m_trashCount; }
-    [[nodiscard]] int hiddenCount() const { return m_hiddenCount; }
-    /** The sidebar's numbers and every collection's count, as one read gives them. */
-    struct SidebarCounts {
-        QHash<QString, int> counts;
-        QHash<QString, double> lastActivity;
+    [[nodiscard]] int favouritesCount() const { return m_numbers.favourites; }
+    [[nodiscard]] int linksCount() const { return m_numbers.links; }
+    [[nodiscard]] int trashCount() const { return m_numbers.trash; }
+    [[nodiscard]] int hiddenCount() const { return m_numbers.hidden; }
+    /** The sidebar's numbers that one pass over the items gives. */
+    struct SidebarNumbers {
         int all = 0;
         int favourites = 0;
         int links = 0;
         int trash = 0;
         int hidden = 0;
+        bool operator==(const SidebarNumbers &) const = default;
+    };
+    /** The sidebar's numbers and every collection's count, as one read gives them. */
+    struct SidebarCounts {
+        QHash<QString, int> counts;
+        QHash<QString, double> lastActivity;
+        SidebarNumbers numbers;
     };
     /** Whether the numbers above were read yet; in the window they follow the first list. */
     [[nodiscard]] bool countsKnown() const { return m_countsKnown; }
@@ -724,12 +729,8 @@ private:
     QHash<QString, int> m_counts;
     QHash<QString, double> m_collectionLastActivity;
     QHash<QString, double> m_collectionActivityRollup;
-    int m_allCount = 0;
+    SidebarNumbers m_numbers;
     int m_inboxCount = 0;
-    int m_favouritesCount = 0;
-    int m_linksCount = 0;
-    int m_trashCount = 0;
-    int m_hiddenCount = 0;
     bool m_countsKnown = false;
     QVariantMap m_typeCounts;
     quint64 m_typeCountsGeneration = 0;

@@ -121,26 +121,21 @@ void Store::readSidebarNumbers(Database &db, SidebarCounts &read)
                "       SUM(CASE WHEN deletedAt IS NULL AND hiddenAt IS NOT NULL THEN 1 ELSE 0 END) AS hidden\n"
                "FROM item"_s,
         {}, [&](const Row &row) {
-            read.all = int(row.integer("allCount"));
-            read.links = int(row.integer("links"));
-            read.trash = int(row.integer("trash"));
-            read.favourites = int(row.integer("favourites"));
-            read.hidden = int(row.integer("hidden"));
+            read.numbers.all = int(row.integer("allCount"));
+            read.numbers.links = int(row.integer("links"));
+            read.numbers.trash = int(row.integer("trash"));
+            read.numbers.favourites = int(row.integer("favourites"));
+            read.numbers.hidden = int(row.integer("hidden"));
         });
 }
 
 void Store::publishCounts(SidebarCounts read)
 {
     const int inboxCount = m_inboxId ? read.counts.value(*m_inboxId, 0) : 0;
-    const bool differ = !m_countsKnown || read.all != m_allCount || read.favourites != m_favouritesCount
-        || read.links != m_linksCount || read.trash != m_trashCount || read.hidden != m_hiddenCount
-        || read.counts != m_counts || inboxCount != m_inboxCount;
+    const bool differ
+        = !m_countsKnown || read.numbers != m_numbers || read.counts != m_counts || inboxCount != m_inboxCount;
     if (differ) {
-        m_allCount = read.all;
-        m_favouritesCount = read.favourites;
-        m_linksCount = read.links;
-        m_trashCount = read.trash;
-        m_hiddenCount = read.hidden;
+        m_numbers = read.numbers;
         m_counts = std::move(read.counts);
         m_inboxCount = inboxCount;
         m_countsKnown = true;

@@ -379,17 +379,17 @@ qsizetype Store::expectedRowCount(const SidebarSelection &selection) const
 {
     switch (selection.kind()) {
     case SidebarSelection::Kind::all:
-        return m_allCount;
+        return m_numbers.all;
     case SidebarSelection::Kind::inbox:
         return m_inboxCount;
     case SidebarSelection::Kind::favourites:
-        return m_favouritesCount;
+        return m_numbers.favourites;
     case SidebarSelection::Kind::links:
-        return m_linksCount;
+        return m_numbers.links;
     case SidebarSelection::Kind::trash:
-        return m_trashCount;
+        return m_numbers.trash;
     case SidebarSelection::Kind::hidden:
-        return m_hiddenCount;
+        return m_numbers.hidden;
     case SidebarSelection::Kind::type:
         return typeCount(selection.filter());
     case SidebarSelection::Kind::collection:
