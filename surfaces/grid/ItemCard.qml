@@ -79,9 +79,11 @@ Item {
             anchors.fill: parent
             visible: card.coverless
             kind: card.kind
-            title: card.displayTitle
-            note: card.note
-            domain: card.domain
+            // Words are laid out only for a card that shows them: a reused card would otherwise
+            // shape every title it passes while scrolling.
+            title: card.coverless ? card.displayTitle : ""
+            note: card.coverless ? card.note : ""
+            domain: card.coverless ? card.domain : ""
             accent: card.accent
         }
 
@@ -162,7 +164,7 @@ Item {
             width: parent.width
             height: 22
             verticalAlignment: Text.AlignVCenter
-            text: card.displayTitle
+            text: card.showTitle ? card.displayTitle : ""
             elide: Text.ElideRight
             color: Theme.text
             font.family: Theme.fontFamily

@@ -48,20 +48,42 @@ private:
 CardLayout CardLayout::grid(const QList<LibraryItem> &items, int columns, double width, const CardSettings &settings)
 {
     CardLayout layout;
-    const int n = std::max(columns, 1);
-    const double cardWidth = GridNav::columnWidth(width, n, settings.gridSpacing);
-    const QList<GridNav::Placement> placements = GridNav::place(items, n, width, settings);
-    layout.m_frames.reserve(placements.size());
-    double bottom = 0;
-    for (const GridNav::Placement &placement : placements) {
-        const QRectF frame(GridNav::horizontalInset / 2 + placement.column * (cardWidth + settings.gridSpacing),
-            verticalPadding + placement.top, cardWidth, placement.height);
-        layout.m_frames.append(frame);
-        bottom = std::max(bottom, frame.bottom());
-    }
-    layout.m_contentHeight = (placements.isEmpty() ? 0 : bottom) + verticalPadding;
+    layout.m_isGrid = true;
+    layout.m_columns = columns;
+    layout.m_width = width;
+    layout.m_settings = settings;
+    layout.m_frames.reserve(items.size());
+    layout.appendPlacements(GridNav::placeFrom(items, 0, columns, width, settings, layout.m_columnTotals));
     layout.buildIndex();
     return layout;
+}
+
+bool CardLayout::continuesAsGrid(int columns, double width, const CardSettings &settings) const
+{
+    return m_isGrid && m_columns == columns && m_width == width && m_settings == settings;
+}
+
+void CardLayout::appendToGrid(const QList<LibraryItem> &items)
+{
+    Q_ASSERT(m_isGrid);
+    const qsizetype from = m_frames.size();
+    if (items.size() <= from)
+        return;
+    m_frames.reserve(items.size());
+    appendPlacements(GridNav::placeFrom(items, from, m_columns, m_width, m_settings, m_columnTotals));
+    indexRows(from);
+}
+
+void CardLayout::appendPlacements(const QList<GridNav::Placement> &placements)
+{
+    const double cardWidth = GridNav::columnWidth(m_width, std::max(m_columns, 1), m_settings.gridSpacing);
+    for (const GridNav::Placement &placement : placements) {
+        const QRectF frame(GridNav::horizontalInset / 2 + placement.column * (cardWidth + m_settings.gridSpacing),
+            verticalPadding + placement.top, cardWidth, placement.height);
+        m_frames.append(frame);
+        m_bottom = std::max(m_bottom, frame.bottom());
+    }
+    m_contentHeight = (m_frames.isEmpty() ? 0 : m_bottom) + verticalPadding;
 }
 
 CardLayout CardLayout::timeline(
@@ -123,8 +145,14 @@ QString CardLayout::dayTitle(const QDate &day, const QDate &today)
 void CardLayout::buildIndex()
 {
     m_bands.clear();
-    m_bands.resize(bandOf(m_contentHeight) + 1);
-    for (int row = 0; row < m_frames.size(); ++row) {
+    indexRows(0);
+}
+
+void CardLayout::indexRows(qsizetype from)
+{
+    // Rows only ever join the end of a band's list, which keeps every list in row order.
+    m_bands.resize(std::max<qsizetype>(m_bands.size(), bandOf(m_contentHeight) + 1));
+    for (int row = int(from); row < m_frames.size(); ++row) {
         const QRectF &frame = m_frames[row];
         const int last = std::min(bandOf(frame.bottom()), int(m_bands.size()) - 1);
         for (int band = bandOf(frame.top()); band <= last; ++band)

@@ -34,6 +34,16 @@ public:
     [[nodiscard]] static CardLayout grid(
         const QList<LibraryItem> &items, int columns, double width, const CardSettings &settings);
     /**
+     * Whether this is a grid laid out for `columns`, `width` and `settings`, which rows added after
+     * its own can continue.
+     */
+    [[nodiscard]] bool continuesAsGrid(int columns, double width, const CardSettings &settings) const;
+    /**
+     * Places the rows of `items` past this grid's own after its cards: the frames that `grid` of the
+     * whole list would give, when the grid's rows are the first of `items` with the same records.
+     */
+    void appendToGrid(const QList<LibraryItem> &items);
+    /**
      * The timeline: items grouped by the calendar day they were added, newest first (a stable
      * order for equal times), each day a masonry of `columns` columns under its heading.
      */
@@ -55,11 +65,22 @@ public:
 
 private:
     void buildIndex();
+    /** Adds the rows from `from` on to the band index. */
+    void indexRows(qsizetype from);
+    /** Adds the placements of the rows from `from` on; the grid's bottom and height follow them. */
+    void appendPlacements(const QList<GridNav::Placement> &placements);
 
     QList<QRectF> m_frames;
     QList<Section> m_sections;
     double m_contentHeight = 0;
     QList<QList<int>> m_bands;
+    // What a grid was laid out for, and where its columns end, for rows added later.
+    bool m_isGrid = false;
+    int m_columns = 0;
+    double m_width = 0;
+    CardSettings m_settings;
+    QList<double> m_columnTotals;
+    double m_bottom = 0;
 };
 
 } // namespace kivo

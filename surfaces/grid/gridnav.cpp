@@ -90,12 +90,20 @@ double columnWidth(double width, int columns, double spacing)
 
 QList<Placement> place(const QList<LibraryItem> &items, int columns, double width, const CardSettings &settings)
 {
+    QList<double> totals(std::max(columns, 1), 0.0);
+    return placeFrom(items, 0, columns, width, settings, totals);
+}
+
+QList<Placement> placeFrom(const QList<LibraryItem> &items, qsizetype from, int columns, double width,
+    const CardSettings &settings, QList<double> &totals)
+{
     QList<Placement> placements;
-    placements.reserve(items.size());
+    placements.reserve(std::max<qsizetype>(items.size() - from, 0));
     const int n = std::max(columns, 1);
     const double cardWidth = columnWidth(width, n, settings.gridSpacing);
-    QList<double> totals(n, 0.0);
-    for (const LibraryItem &item : items) {
+    totals.resize(n, 0.0);
+    for (qsizetype row = from; row < items.size(); ++row) {
+        const LibraryItem &item = items[row];
         int shortest = 0;
         for (int column = 1; column < n; ++column) {
             if (totals[column] < totals[shortest])

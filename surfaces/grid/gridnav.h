@@ -62,6 +62,12 @@ struct Placement {
  */
 [[nodiscard]] QList<Placement> place(
     const QList<LibraryItem> &items, int columns, double width, const CardSettings &settings);
+/**
+ * Places `items` from row `from` on, as `place` would, after cards whose running column totals
+ * are `totals` (one a column, all 0 for an empty grid), and leaves the new totals there.
+ */
+[[nodiscard]] QList<Placement> placeFrom(const QList<LibraryItem> &items, qsizetype from, int columns,
+    double width, const CardSettings &settings, QList<double> &totals);
 [[nodiscard]] QList<QList<LibraryItem>> estimateColumns(
     const QList<LibraryItem> &items, int columns, double width, const CardSettings &settings);
 /** The cells column by column, each column from the top. */

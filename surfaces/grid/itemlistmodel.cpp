@@ -193,6 +193,22 @@ void ItemListModel::setItems(const QList<LibraryItem> &items, const QHash<QStrin
             Q_EMIT itemsChanged();
         return;
     }
+    if (extendsShownRows(items)) {
+        // The first screenful followed by the rest of the list: the new rows all go at the end,
+        // without the table of every id that a general change needs.
+        refreshChanged(items, tagNamesByItem);
+        const qsizetype shown = m_rows.size();
+        beginInsertRows({}, int(shown), int(items.size() - 1));
+        m_rows.resize(items.size());
+        for (qsizetype i = shown; i < items.size(); ++i)
+            m_rows[i] = m_incoming.constData() + i;
+        endInsertRows();
+        m_items = m_incoming;
+        m_incoming.clear();
+        Q_EMIT countChanged();
+        Q_EMIT itemsChanged();
+        return;
+    }
     QHash<QString, qsizetype> newIndex;
     newIndex.reserve(items.size());
     for (qsizetype k = 0; k < items.size(); ++k)
@@ -227,6 +243,17 @@ bool ItemListModel::sameIdsInOrder(const QList<LibraryItem> &items) const
     if (items.constData() == m_items.constData())
         return true;
     for (qsizetype i = 0; i < items.size(); ++i) {
+        if (items[i].id != m_rows[i]->id)
+            return false;
+    }
+    return true;
+}
+
+bool ItemListModel::extendsShownRows(const QList<LibraryItem> &items) const
+{
+    if (m_rows.isEmpty() || items.size() <= m_rows.size())
+        return false;
+    for (qsizetype i = 0; i < m_rows.size(); ++i) {
         if (items[i].id != m_rows[i]->id)
             return false;
     }
@@ -305,7 +332,7 @@ void ItemListModel::insertNew(const QList<LibraryItem> &items, const QList<qsize
 bool ItemListModel::refreshChanged(const QList<LibraryItem> &items, const QHash<QString, QStringList> &tagNamesByItem)
 {
     bool any = false;
-    Q_ASSERT(items.size() == m_rows.size());
+    Q_ASSERT(items.size() >= m_rows.size());
     const bool checkTags = !m_tagNames.isEmpty() || !tagNamesByItem.isEmpty();
     qsizetype runStart = -1;
     const auto flush = [&](qsizetype end) {
@@ -313,7 +340,7 @@ bool ItemListModel::refreshChanged(const QList<LibraryItem> &items, const QHash<
             Q_EMIT dataChanged(index(int(runStart)), index(int(end - 1)));
         runStart = -1;
     };
-    for (qsizetype i = 0; i < items.size(); ++i) {
+    for (qsizetype i = 0; i < m_rows.size(); ++i) {
         const LibraryItem *incoming = m_incoming.constData() + i;
         const bool changed = !(*m_rows[i] == *incoming)
             || (checkTags && m_tagNames.value(incoming->id) != tagNamesByItem.value(incoming->id));
@@ -327,7 +354,7 @@ bool ItemListModel::refreshChanged(const QList<LibraryItem> &items, const QHash<
         }
     }
     m_tagNames = tagNamesByItem;
-    flush(items.size());
+    flush(m_rows.size());
     return any;
 }
 

@@ -97,10 +97,13 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] bool sameIdsInOrder(const QList<LibraryItem> &items) const;
+    /** Whether `items` starts with the shown rows, in order, and has more after them. */
+    [[nodiscard]] bool extendsShownRows(const QList<LibraryItem> &items) const;
     void removeGone(const QHash<QString, qsizetype> &kept);
     bool moveIntoOrder(const QList<LibraryItem> &items, const QList<qsizetype> &currentOfNew);
     void insertNew(const QList<LibraryItem> &items, const QList<qsizetype> &currentOfNew);
-    /** Points every row at its new record; reports (and returns) those whose record or tags differ. */
+    /** Points every row at its record in `items` (which may run on past the rows); reports (and returns) those
+     * whose record or tags differ. */
     bool refreshChanged(const QList<LibraryItem> &items, const QHash<QString, QStringList> &tagNamesByItem);
     void reset(const QHash<QString, QStringList> &tagNamesByItem);
 

@@ -19,6 +19,13 @@ bool declares(const QObject *object, const char *name)
     return object->metaObject()->indexOfProperty(name) >= 0;
 }
 
+/** Writes a property of a card when its type declares it. */
+void writeIfValid(QObject *card, const QMetaProperty &property, const QVariant &value)
+{
+    if (property.isValid())
+        property.write(card, value);
+}
+
 /** Writes a property the delegate declares; a delegate that does not want it simply lacks it. */
 void writeIfDeclared(QObject *object, const char *name, const QVariant &value)
 {
@@ -48,6 +55,7 @@ void MasonryView::setModel(ItemListModel *model)
     if (m_model)
         m_model->disconnect(this);
     m_model = model;
+    m_cardProperties = {}; // other roles
     if (m_model) {
         connect(m_model, &ItemListModel::itemsChanged, this, &MasonryView::invalidateLayout);
         connect(m_model, &QAbstractItemModel::modelReset, this, &MasonryView::invalidateLayout);
@@ -282,12 +290,24 @@ void MasonryView::relayout()
     const double before = m_layout.contentHeight();
     static const QList<LibraryItem> none;
     const QList<LibraryItem> &items = m_model ? m_model->items() : none;
-    m_layout = m_timeline ? CardLayout::timeline(items, m_columns, width(), m_settings, QDate::currentDate())
-                          : CardLayout::grid(items, m_columns, width(), m_settings);
-    m_rowOfId.clear();
+    // The launch's first screenful is followed by the whole list: the cards already placed stay
+    // where they are, and only the rows after them are placed and indexed.
+    const bool continues = !m_timeline && m_layout.continuesAsGrid(m_columns, width(), m_settings)
+        && extendsLaidOutRows(items);
+    const qsizetype indexedRows = continues ? m_laidOut.size() : 0;
+    if (continues) {
+        m_layout.appendToGrid(items);
+    } else {
+        m_layout = m_timeline ? CardLayout::timeline(items, m_columns, width(), m_settings, QDate::currentDate())
+                              : CardLayout::grid(items, m_columns, width(), m_settings);
+        m_rowOfId.clear();
+    }
     m_rowOfId.reserve(items.size());
-    for (int row = 0; row < items.size(); ++row)
+    for (int row = int(indexedRows); row < items.size(); ++row)
         m_rowOfId.insert(items[row].id, row);
+    // Only a short list's records are kept: a long one would outlive its replacement in the model
+    // and be freed here, on the main thread.
+    m_laidOut = items.size() <= laidOutRowsKept ? items : QList<LibraryItem>();
     // Cards keep their item but may have moved: every one on screen is placed again.
     for (auto it = m_cards.cbegin(); it != m_cards.cend(); ++it) {
         const auto row = m_rowOfId.constFind(it.key());
@@ -300,6 +320,18 @@ void MasonryView::relayout()
     if (before != m_layout.contentHeight())
         Q_EMIT contentHeightChanged();
     Q_EMIT layoutChanged();
+}
+
+bool MasonryView::extendsLaidOutRows(const QList<LibraryItem> &items) const
+{
+    if (m_laidOut.isEmpty() || items.size() <= m_laidOut.size() || m_rowOfId.size() != m_laidOut.size()
+        || m_layout.frames().size() != m_laidOut.size())
+        return false;
+    for (qsizetype i = 0; i < m_laidOut.size(); ++i) {
+        if (!(items[i] == m_laidOut[i]))
+            return false;
+    }
+    return true;
 }
 
 void MasonryView::syncDelegates()
@@ -389,32 +421,58 @@ QQuickItem *MasonryView::create(QQmlComponent *component, const std::function<QV
     return item;
 }
 
+const MasonryView::CardProperties &MasonryView::cardPropertiesOf(const QObject *card) const
+{
+    const QMetaObject *type = card->metaObject();
+    if (m_cardProperties.type == type)
+        return m_cardProperties;
+    // Every card of a grid is of one type: its properties are looked up by name once, not for
+    // every card that comes into view.
+    CardProperties found;
+    found.type = type;
+    const auto property = [type](const char *name) {
+        const int at = type->indexOfProperty(name);
+        return at >= 0 ? type->property(at) : QMetaProperty();
+    };
+    if (m_model) {
+        const auto roles = m_model->roleNames();
+        for (auto it = roles.cbegin(); it != roles.cend(); ++it) {
+            if (const QMetaProperty declared = property(it.value().constData()); declared.isValid())
+                found.roles.append({it.key(), declared});
+        }
+    }
+    found.index = property("index");
+    found.thumbnailWidth = property("thumbnailWidth");
+    found.selected = property("selected");
+    found.focused = property("focused");
+    m_cardProperties = std::move(found);
+    return m_cardProperties;
+}
+
 QVariantMap MasonryView::cardValues(QObject *card, int row) const
 {
+    const CardProperties &properties = cardPropertiesOf(card);
     QVariantMap values;
-    const auto put = [&](const QByteArray &name, const QVariant &value) {
-        if (declares(card, name.constData()))
-            values.insert(QString::fromLatin1(name), value);
+    const auto put = [&](const QMetaProperty &property, const QVariant &value) {
+        if (property.isValid())
+            values.insert(QString::fromLatin1(property.name()), value);
     };
-    const QModelIndex index = m_model->index(row);
-    const auto roles = m_model->roleNames();
     // Only the roles the card declares are worked out: dates, sizes and palettes cost real time
     // for every card that comes into view.
-    for (auto it = roles.cbegin(); it != roles.cend(); ++it) {
-        if (declares(card, it.value().constData()))
-            values.insert(QString::fromLatin1(it.value()), m_model->data(index, it.key()));
-    }
+    const QModelIndex index = m_model->index(row);
+    for (const auto &[role, property] : properties.roles)
+        put(property, m_model->data(index, role));
     const QString id = m_model->idAt(row);
     const QRectF frame = m_layout.frames().value(row);
     // The card completes at its size, so its text is laid out once.
-    put("x", frame.x());
-    put("y", frame.y());
-    put("width", frame.width());
-    put("height", frame.height());
-    put("index", row);
-    put("thumbnailWidth", m_thumbnailWidth);
-    put("selected", m_selected.contains(id));
-    put("focused", !m_focusedId.isEmpty() && m_focusedId == id);
+    values.insert(u"x"_s, frame.x());
+    values.insert(u"y"_s, frame.y());
+    values.insert(u"width"_s, frame.width());
+    values.insert(u"height"_s, frame.height());
+    put(properties.index, row);
+    put(properties.thumbnailWidth, m_thumbnailWidth);
+    put(properties.selected, m_selected.contains(id));
+    put(properties.focused, !m_focusedId.isEmpty() && m_focusedId == id);
     return values;
 }
 
@@ -444,20 +502,31 @@ void MasonryView::placeCard(QQuickItem *card, int row)
     const QRectF frame = m_layout.frames().value(row);
     card->setPosition(frame.topLeft());
     card->setSize(frame.size());
-    writeIfDeclared(card, "index", row);
+    writeIfValid(card, cardPropertiesOf(card).index, row);
 }
 
 void MasonryView::writeData(QQuickItem *card, int row)
 {
-    const QVariantMap values = cardValues(card, row);
-    for (auto it = values.cbegin(); it != values.cend(); ++it)
-        card->setProperty(it.key().toLatin1().constData(), it.value());
+    const CardProperties &properties = cardPropertiesOf(card);
+    // The size first, so that text is laid out at the card's width only once.
+    const QRectF frame = m_layout.frames().value(row);
+    card->setPosition(frame.topLeft());
+    card->setSize(frame.size());
+    const QModelIndex index = m_model->index(row);
+    for (const auto &[role, property] : properties.roles)
+        property.write(card, m_model->data(index, role));
+    const QString id = m_model->idAt(row);
+    writeIfValid(card, properties.index, row);
+    writeIfValid(card, properties.thumbnailWidth, m_thumbnailWidth);
+    writeIfValid(card, properties.selected, m_selected.contains(id));
+    writeIfValid(card, properties.focused, !m_focusedId.isEmpty() && m_focusedId == id);
 }
 
 void MasonryView::writeState(QQuickItem *card, const QString &itemId)
 {
-    writeIfDeclared(card, "selected", m_selected.contains(itemId));
-    writeIfDeclared(card, "focused", !m_focusedId.isEmpty() && m_focusedId == itemId);
+    const CardProperties &properties = cardPropertiesOf(card);
+    writeIfValid(card, properties.selected, m_selected.contains(itemId));
+    writeIfValid(card, properties.focused, !m_focusedId.isEmpty() && m_focusedId == itemId);
 }
 
 void MasonryView::onDataChanged(const QModelIndex &from, const QModelIndex &to, const QList<int> &)

@@ -137,6 +137,16 @@ private:
     void syncDelegates();
     QQuickItem *takeCard(int row);
     QQuickItem *create(QQmlComponent *component, const std::function<QVariantMap(QObject *)> &values);
+    /** The properties a card's type declares for the row's roles and the view's own values. */
+    struct CardProperties {
+        const QMetaObject *type = nullptr;
+        QList<std::pair<int, QMetaProperty>> roles; // model role, and the property it is written to
+        QMetaProperty index;
+        QMetaProperty thumbnailWidth;
+        QMetaProperty selected;
+        QMetaProperty focused;
+    };
+    [[nodiscard]] const CardProperties &cardPropertiesOf(const QObject *card) const;
     /** The values a card declares properties for: the row's roles, `index`, `thumbnailWidth`, `selected`, `focused`. */
     [[nodiscard]] QVariantMap cardValues(QObject *card, int row) const;
     void releaseAllCards();
@@ -146,8 +156,11 @@ private:
     void writeState(QQuickItem *card, const QString &itemId);
     void onDataChanged(const QModelIndex &from, const QModelIndex &to, const QList<int> &roles);
     void updateThumbnailWidth();
+    /** Whether `items` starts with the records of the last layout, in order, and has more after them. */
+    [[nodiscard]] bool extendsLaidOutRows(const QList<LibraryItem> &items) const;
 
     QPointer<ItemListModel> m_model;
+    mutable CardProperties m_cardProperties;
     QPointer<QQmlComponent> m_delegate;
     QPointer<QQmlComponent> m_sectionDelegate;
     bool m_timeline = false;
@@ -162,6 +175,9 @@ private:
     int m_thumbnailWidth = 512;
 
     CardLayout m_layout;
+    /** The records `m_layout` was made from (shared with the model's list), when there are at most `laidOutRowsKept`. */
+    QList<LibraryItem> m_laidOut;
+    static constexpr qsizetype laidOutRowsKept = 2000;
     bool m_layoutDirty = true;
     QHash<QString, int> m_rowOfId;
     QHash<QString, QQuickItem *> m_cards;

@@ -42,6 +42,7 @@ private Q_SLOTS:
     void masonryEmpty();
     void gridFramesFollowTheEstimate();
     void rowsInMatchesEveryFrame();
+    void rowsAddedAfterAGridLandWhereAWholeGridPutsThem();
     void timelineGroupsByDayNewestFirst();
 };
 
@@ -164,6 +165,37 @@ void TestCardLayout::rowsInMatchesEveryFrame()
         QCOMPARE(layout.rowsIn(top, bottom), expected);
     }
     QVERIFY(layout.rowsIn(100, 100).isEmpty());
+}
+
+void TestCardLayout::rowsAddedAfterAGridLandWhereAWholeGridPutsThem()
+{
+    // A first screenful of rows laid out on its own, then continued with the rest of the list:
+    // frames, height and band index as if the whole list had been laid out at once.
+    QRandomGenerator random(11);
+    QList<LibraryItem> items;
+    for (int i = 0; i < 3000; ++i)
+        items.append(picture(QString::number(i), 50 + random.bounded(1000), 50 + random.bounded(3000)));
+    const CardSettings settings{u"original"_s, true, false, 12};
+    CardLayout continued = CardLayout::grid(items.first(400), 5, 1400, settings);
+    QVERIFY(continued.continuesAsGrid(5, 1400, settings));
+    continued.appendToGrid(items);
+    const CardLayout whole = CardLayout::grid(items, 5, 1400, settings);
+    QCOMPARE(continued.frames(), whole.frames());
+    QCOMPARE(continued.contentHeight(), whole.contentHeight());
+    for (int query = 0; query < 100; ++query) {
+        const double top = random.bounded(whole.contentHeight());
+        const double bottom = top + random.bounded(3000.0);
+        QCOMPARE(continued.rowsIn(top, bottom), whole.rowsIn(top, bottom));
+    }
+    // Anything else about the grid changed, or a timeline: no continuing it.
+    QVERIFY(!whole.continuesAsGrid(4, 1400, settings));
+    QVERIFY(!whole.continuesAsGrid(5, 1401, settings));
+    QVERIFY(!whole.continuesAsGrid(5, 1400, CardSettings{u"square"_s, true, false, 12}));
+    QVERIFY(!CardLayout::timeline(items, 5, 1400, settings, QDate(2026, 1, 1)).continuesAsGrid(5, 1400, settings));
+    // An empty grid continues into a whole one.
+    CardLayout fromNothing = CardLayout::grid({}, 5, 1400, settings);
+    fromNothing.appendToGrid(items);
+    QCOMPARE(fromNothing.frames(), whole.frames());
 }
 
 void TestCardLayout::timelineGroupsByDayNewestFirst()

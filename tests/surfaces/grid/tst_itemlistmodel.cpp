@@ -120,6 +120,7 @@ void TestItemListModel::diffs_data()
     QTest::newRow("swap neighbours") << u"abcde"_s << u"bacde"_s << 0 << 0 << 1;
     QTest::newRow("all at once") << u"abcdef"_s << u"xfbdzc"_s << 2 << 2 << 2;
     QTest::newRow("no change") << u"abcde"_s << u"abcde"_s << 0 << 0 << 0;
+    QTest::newRow("the rest after a first screenful") << u"abc"_s << u"abcdefg"_s << 1 << 0 << 0;
 }
 
 void TestItemListModel::diffs()
@@ -212,6 +213,24 @@ void TestItemListModel::changedRecordsAndTags()
     QCOMPARE(model.data(model.index(1), ItemListModel::FavouriteRole).toBool(), true);
     QCOMPARE(model.data(model.index(2), ItemListModel::DisplayTitleRole).toString(), u"Renamed"_s);
     QCOMPARE(model.data(model.index(4), ItemListModel::TagNamesRole).toStringList(), QStringList{u"blue"_s});
+
+    // More rows after the shown ones: a changed record among those is still reported, and the new
+    // rows come with their records and tags.
+    changed.clear();
+    QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
+    list[0].title = u"First"_s;
+    model.setItems(list + items(u"fgh"_s), {{u"e"_s, {u"blue"_s}}, {u"g"_s, {u"green"_s}}});
+    QCOMPARE(model.rowCount(), 8);
+    QCOMPARE(inserted.count(), 1);
+    QCOMPARE(inserted[0][1].toInt(), 5);
+    QCOMPARE(inserted[0][2].toInt(), 7);
+    QCOMPARE(changed.count(), 1); // a: its title, and the tag it lost
+    QCOMPARE(changed[0][0].value<QModelIndex>().row(), 0);
+    QCOMPARE(changed[0][1].value<QModelIndex>().row(), 0);
+    QCOMPARE(model.data(model.index(0), ItemListModel::DisplayTitleRole).toString(), u"First"_s);
+    QCOMPARE(model.data(model.index(0), ItemListModel::TagNamesRole).toStringList(), QStringList());
+    QCOMPARE(model.data(model.index(6), ItemListModel::TagNamesRole).toStringList(), QStringList{u"green"_s});
+    QCOMPARE(model.idAt(7), u"h"_s);
 }
 
 void TestItemListModel::roles()

@@ -105,6 +105,7 @@ private Q_SLOTS:
     void cardsSitOnTheirFrames();
     void scrollingReusesCards();
     void reloadKeepsCardsAndMovesThem();
+    void theRestOfTheListJoinsBelowTheFirstScreenful();
     void selectionAndFocusReachTheCards();
     void visibilityAndScrollTargets();
     void timelineHeadings();
@@ -208,6 +209,39 @@ void TestMasonryView::reloadKeepsCardsAndMovesThem()
     QCOMPARE(QRectF(first->position(), first->size()), m_view->frameOf(u"item-0"_s));
     QVERIFY(QRectF(first->position(), first->size()) != before);
     QCOMPARE(first->property("index").toInt(), 2);
+}
+
+void TestMasonryView::theRestOfTheListJoinsBelowTheFirstScreenful()
+{
+    // At launch the first screenful is shown before the whole list: the cards on screen keep
+    // their places and the grid's frames end up as a whole list's would.
+    const QList<LibraryItem> whole = makeItems(100000);
+    m_model->setItems(whole.first(400));
+    QTRY_COMPARE(m_view->layout().frames().size(), 400);
+    QQuickItem *first = m_view->cardFor(u"item-0"_s);
+    QVERIFY(first);
+    const QRectF before(first->position(), first->size());
+    const int writesBefore = first->property("writes").toInt();
+    m_model->setItems(whole);
+    QTRY_COMPARE(m_view->layout().frames().size(), 100000);
+    const CardSettings settings{m_view->cardShape(), m_view->cardShowTitle(), m_view->cardShowTags(), m_view->spacing()};
+    const CardLayout expected = CardLayout::grid(whole, m_view->columns(), m_view->width(), settings);
+    QCOMPARE(m_view->layout().frames(), expected.frames());
+    QCOMPARE(m_view->contentHeight(), expected.contentHeight());
+    QCOMPARE(m_view->cardFor(u"item-0"_s), first);
+    QCOMPARE(QRectF(first->position(), first->size()), before);
+    QCOMPARE(first->property("writes").toInt(), writesBefore);
+    QCOMPARE(m_view->frameOf(u"item-99999"_s), expected.frames().last());
+
+    // A first screenful whose records changed in the meantime is laid out afresh.
+    QList<LibraryItem> changed = makeItems(100000);
+    changed[0].height = 3000;
+    m_model->setItems(changed.first(400));
+    QTRY_COMPARE(m_view->layout().frames().size(), 400);
+    changed[1].height = 100;
+    m_model->setItems(changed);
+    QTRY_COMPARE(m_view->layout().frames().size(), 100000);
+    QCOMPARE(m_view->layout().frames(), CardLayout::grid(changed, m_view->columns(), m_view->width(), settings).frames());
 }
 
 void TestMasonryView::selectionAndFocusReachTheCards()
