@@ -10,7 +10,9 @@
 // Quick's shaders into its cache, which otherwise adds seconds to every launch. `--cold` gives
 // every launch empty folders instead. The process is killed at the end, so no quit-time work is
 // timed. Stalls are the main thread's stretches away from its event loop; when Qt Quick paints on a
-// render thread, the part spent waiting for that thread is told apart from the main thread's own work.
+// render thread, the part spent waiting for that thread is told apart from the main thread's own work,
+// and so is the time the thread was off the processor: its own CPU time in each stretch is what its
+// code did, the rest went to other threads and processes, or to a wake-up the system delivered late.
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -27,6 +29,8 @@
 #include <ctime>
 #include <optional>
 
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -42,6 +46,7 @@ struct ProbeRecord {
     std::optional<double> firstGridFrameMs;
     QList<qint64> frames;
     QList<std::pair<qint64, qint64>> busy; // the main thread away from its event loop, from and to
+    QList<qint64> busyCpuNs; // the main thread's own CPU time in each of those stretches (-1: not recorded)
     QList<std::pair<qint64, qint64>> waits; // the main thread waiting for the render thread to be free
     qint64 lastResidentBytes = 0;
 };
@@ -61,8 +66,10 @@ ProbeRecord readProbe(const QString &path)
         const QByteArray value = line.mid(space + 1);
         if (key == "frame")
             record.frames.append(value.toLongLong());
-        else if (const QList<QByteArray> span = value.split(' '); key == "busy" && span.size() == 2)
+        else if (const QList<QByteArray> span = value.split(' '); key == "busy" && span.size() >= 2) {
             record.busy.append({span.at(0).toLongLong(), span.at(1).toLongLong()});
+            record.busyCpuNs.append(span.size() >= 3 ? span.at(2).toLongLong() : -1);
+        }
         else if (const QList<QByteArray> span = value.split(' '); key == "wait" && span.size() == 2)
             record.waits.append({span.at(0).toLongLong(), span.at(1).toLongLong()});
         else if (key == "first-grid-frame-ms")
@@ -94,9 +101,11 @@ struct RunFigures {
     double launchMs = 0;
     double residentAfterLaunchMb = 0;
     double residentAfterScrollMb = 0;
+    double mainThreadScrollCpuMs = 0; // the main thread's CPU time over the whole scroll
     QList<double> frameMs;
     QList<double> busyMs; // the main thread's stretches over 8 ms away from its event loop
     QList<double> workMs; // the same stretches less the time spent waiting for the render thread
+    QList<double> cpuMs; // the main thread's own CPU time in each stretch: its work, apart from time off the processor
 };
 
 // How much of [from, to] the sorted, disjoint spans cover.
@@ -117,6 +126,19 @@ qint64 cpuTicks(qint64 pid)
     const QByteArray line = stat.readAll();
     const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
     return fields.size() > 12 ? fields.at(11).toLongLong() + fields.at(12).toLongLong() : -1;
+}
+
+// The main thread's CPU time so far, in milliseconds (user and system), from its task's stat.
+double mainThreadCpuMs(qint64 pid)
+{
+    QFile stat(u"/proc/%1/task/%1/stat"_s.arg(pid));
+    if (!stat.open(QIODevice::ReadOnly))
+        return -1;
+    const QByteArray line = stat.readAll();
+    const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
+    if (fields.size() <= 12)
+        return -1;
+    return double(fields.at(11).toLongLong() + fields.at(12).toLongLong()) * 1000.0 / double(sysconf(_SC_CLK_TCK));
 }
 
 // Waits until the process has used under 0.1 s of CPU in each of three seconds running, so that
@@ -205,9 +227,11 @@ std::optional<RunFigures> runOnce(const QString &kivo, const QString &library, c
     // The pointer over the grid, right of the sidebar and below the toolbar.
     runQuietly(u"xdotool"_s, {u"mousemove"_s, u"--window"_s, windowId, u"700"_s, u"450"_s});
     QThread::msleep(300);
+    const double cpuBefore = mainThreadCpuMs(process.processId());
     const qint64 scrollStart = monotonicNs();
     runQuietly(u"xdotool"_s, {u"click"_s, u"--repeat"_s, QString::number(clicks), u"--delay"_s, u"16"_s, u"5"_s});
     const qint64 scrollEnd = monotonicNs();
+    figures.mainThreadScrollCpuMs = mainThreadCpuMs(process.processId()) - cpuBefore;
     QThread::sleep(1);
     record = readProbe(probePath);
     figures.residentAfterScrollMb = double(record.lastResidentBytes) / 1e6;
@@ -215,10 +239,13 @@ std::optional<RunFigures> runOnce(const QString &kivo, const QString &library, c
         if (record.frames.at(i - 1) >= scrollStart && record.frames.at(i) <= scrollEnd)
             figures.frameMs.append(double(record.frames.at(i) - record.frames.at(i - 1)) / 1e6);
     }
-    for (const auto &[from, to] : std::as_const(record.busy)) {
+    for (qsizetype i = 0; i < record.busy.size(); ++i) {
+        const auto &[from, to] = record.busy.at(i);
         if (to >= scrollStart && from <= scrollEnd) {
             figures.busyMs.append(double(to - from) / 1e6);
             figures.workMs.append(double(to - from - coveredBy(from, to, record.waits)) / 1e6);
+            if (record.busyCpuNs.at(i) >= 0)
+                figures.cpuMs.append(double(record.busyCpuNs.at(i)) / 1e6);
         }
     }
     return figures;
@@ -282,16 +309,20 @@ int main(int argc, char **argv)
                                                [](double ms) { return ms > 16; });
         const qsizetype workStalls = std::count_if(figures->workMs.cbegin(), figures->workMs.cend(),
                                                    [](double ms) { return ms > 16; });
+        const qsizetype cpuStalls = std::count_if(figures->cpuMs.cbegin(), figures->cpuMs.cend(),
+                                                  [](double ms) { return ms > 16; });
         std::printf("run %d: first grid frame %.0f ms; memory %.0f MB after launch, %.0f MB after scrolling; "
                     "%lld frames while scrolling, median %.1f ms, 99th percentile %.1f ms, longest %.1f ms, "
                     "%lld over 16.7 ms, %lld over 25 ms; main thread away from its loop over 16 ms: %lld times, "
                     "longest %.1f ms; of that at work (not waiting for the render thread) over 16 ms: %lld "
-                    "times, longest %.1f ms\n",
+                    "times, longest %.1f ms; its own CPU time in one stretch over 16 ms: %lld times, longest "
+                    "%.1f ms; main thread's CPU time over the scroll %.0f ms\n",
                     run + 1, figures->launchMs, figures->residentAfterLaunchMb, figures->residentAfterScrollMb,
                     qlonglong(figures->frameMs.size()), percentile(figures->frameMs, 0.5),
                     percentile(figures->frameMs, 0.99), percentile(figures->frameMs, 1.0), qlonglong(over16),
                     qlonglong(missed), qlonglong(stalls), percentile(figures->busyMs, 1.0), qlonglong(workStalls),
-                    percentile(figures->workMs, 1.0));
+                    percentile(figures->workMs, 1.0), qlonglong(cpuStalls), percentile(figures->cpuMs, 1.0),
+                    figures->mainThreadScrollCpuMs);
         std::fflush(stdout);
         launches.append(figures->launchMs);
         frames.append(figures->frameMs);

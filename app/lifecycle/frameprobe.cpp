@@ -9,6 +9,7 @@
 #include <QThread>
 
 #include <ctime>
+#include <sys/resource.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -113,11 +114,25 @@ void FrameProbe::frameSwapped()
 void FrameProbe::loopTicked()
 {
     const qint64 now = monotonicNs();
+    rusage usage{};
+    getrusage(RUSAGE_THREAD, &usage);
+    const qint64 cpuNs = (qint64(usage.ru_utime.tv_sec) + usage.ru_stime.tv_sec) * 1'000'000'000
+        + (qint64(usage.ru_utime.tv_usec) + usage.ru_stime.tv_usec) * 1000;
     constexpr qint64 worthNoting = 8'000'000;
     const qint64 due = m_lastTickNs + loopTickMs * 1'000'000;
+    // The thread's own CPU time and its page faults that waited for the disk over the stretch tell
+    // work apart from time spent off the processor (other threads, other processes, the disk).
     if (m_lastTickNs != 0 && now - due > worthNoting)
-        append("busy " + QByteArray::number(due) + ' ' + QByteArray::number(now) + '\n');
+        append("busy " + QByteArray::number(due) + ' ' + QByteArray::number(now) + ' '
+               + QByteArray::number(cpuNs - m_lastCpuNs) + ' '
+               + QByteArray::number(qint64(usage.ru_majflt) - m_lastMajorFaults) + ' '
+               + QByteArray::number(qint64(usage.ru_nvcsw) - m_lastWaits) + ' '
+               + QByteArray::number(qint64(usage.ru_nivcsw) - m_lastPreemptions) + '\n');
     m_lastTickNs = now;
+    m_lastCpuNs = cpuNs;
+    m_lastMajorFaults = usage.ru_majflt;
+    m_lastWaits = usage.ru_nvcsw;
+    m_lastPreemptions = usage.ru_nivcsw;
 }
 
 void FrameProbe::append(const QByteArray &line)
