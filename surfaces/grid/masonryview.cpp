@@ -205,14 +205,29 @@ const CardLayout &MasonryView::layout()
     return m_layout;
 }
 
-QRectF MasonryView::frameOf(const QString &itemId)
+int MasonryView::rowOf(const QString &itemId)
 {
     if (m_layoutDirty)
         relayout();
-    const auto row = m_rowOfId.constFind(itemId);
-    if (row == m_rowOfId.cend() || *row >= m_layout.frames().size())
+    static const QList<LibraryItem> none;
+    const QList<LibraryItem> &items = m_model ? m_model->items() : none;
+    // The table is made when first asked for, and then only for the rows not yet in it: a layout
+    // pass does not pay for it, at launch or after an edit.
+    if (m_indexedRows < items.size()) {
+        m_rowOfId.reserve(items.size());
+        for (qsizetype row = m_indexedRows; row < items.size(); ++row)
+            m_rowOfId.insert(items[row].id, int(row));
+        m_indexedRows = items.size();
+    }
+    return m_rowOfId.value(itemId, -1);
+}
+
+QRectF MasonryView::frameOf(const QString &itemId)
+{
+    const int row = rowOf(itemId);
+    if (row < 0 || row >= m_layout.frames().size())
         return {};
-    return m_layout.frames()[*row];
+    return m_layout.frames()[row];
 }
 
 QRectF MasonryView::viewport() const
@@ -294,26 +309,25 @@ void MasonryView::relayout()
     // where they are, and only the rows after them are placed and indexed.
     const bool continues = !m_timeline && m_layout.continuesAsGrid(m_columns, width(), m_settings)
         && extendsLaidOutRows(items);
-    const qsizetype indexedRows = continues ? m_laidOut.size() : 0;
     if (continues) {
+        // The rows already indexed and the cards already placed keep their rows and frames.
         m_layout.appendToGrid(items);
     } else {
         m_layout = m_timeline ? CardLayout::timeline(items, m_columns, width(), m_settings, QDate::currentDate())
                               : CardLayout::grid(items, m_columns, width(), m_settings);
         m_rowOfId.clear();
+        m_indexedRows = 0;
+        // Cards keep their item but may have moved: every one on screen is placed again.
+        if (!m_cards.isEmpty()) {
+            for (qsizetype row = 0; row < items.size(); ++row) {
+                if (QQuickItem *card = m_cards.value(items[row].id))
+                    placeCard(card, int(row));
+            }
+        }
     }
-    m_rowOfId.reserve(items.size());
-    for (int row = int(indexedRows); row < items.size(); ++row)
-        m_rowOfId.insert(items[row].id, row);
     // Only a short list's records are kept: a long one would outlive its replacement in the model
     // and be freed here, on the main thread.
     m_laidOut = items.size() <= laidOutRowsKept ? items : QList<LibraryItem>();
-    // Cards keep their item but may have moved: every one on screen is placed again.
-    for (auto it = m_cards.cbegin(); it != m_cards.cend(); ++it) {
-        const auto row = m_rowOfId.constFind(it.key());
-        if (row != m_rowOfId.cend())
-            placeCard(it.value(), *row);
-    }
     releaseAllSections();
     updateThumbnailWidth();
     setImplicitHeight(m_layout.contentHeight());
@@ -324,8 +338,7 @@ void MasonryView::relayout()
 
 bool MasonryView::extendsLaidOutRows(const QList<LibraryItem> &items) const
 {
-    if (m_laidOut.isEmpty() || items.size() <= m_laidOut.size() || m_rowOfId.size() != m_laidOut.size()
-        || m_layout.frames().size() != m_laidOut.size())
+    if (m_laidOut.isEmpty() || items.size() <= m_laidOut.size() || m_layout.frames().size() != m_laidOut.size())
         return false;
     for (qsizetype i = 0; i < m_laidOut.size(); ++i) {
         if (!(items[i] == m_laidOut[i]))

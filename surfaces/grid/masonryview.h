@@ -156,6 +156,8 @@ private:
     void writeState(QQuickItem *card, const QString &itemId);
     void onDataChanged(const QModelIndex &from, const QModelIndex &to, const QList<int> &roles);
     void updateThumbnailWidth();
+    /** The row of an item in the laid-out list, or -1. */
+    [[nodiscard]] int rowOf(const QString &itemId);
     /** Whether `items` starts with the records of the last layout, in order, and has more after them. */
     [[nodiscard]] bool extendsLaidOutRows(const QList<LibraryItem> &items) const;
 
@@ -179,7 +181,9 @@ private:
     QList<LibraryItem> m_laidOut;
     static constexpr qsizetype laidOutRowsKept = 2000;
     bool m_layoutDirty = true;
+    /** Row of each item id, for the first `m_indexedRows` rows of the list; see `rowOf`. */
     QHash<QString, int> m_rowOfId;
+    qsizetype m_indexedRows = 0;
     QHash<QString, QQuickItem *> m_cards;
     QList<QQuickItem *> m_cardPool;
     QList<QQuickItem *> m_sections;
