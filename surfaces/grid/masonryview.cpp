@@ -3,7 +3,9 @@
 #include "surfaces/grid/itemlistmodel.h"
 #include "surfaces/thumbnails/thumbnailprovider.h"
 
+#include <QFutureWatcher>
 #include <QQmlContext>
+#include <QtConcurrent/QtConcurrentRun>
 #include <QQuickWindow>
 
 #include <cmath>
@@ -302,13 +304,18 @@ void MasonryView::updatePolish()
 void MasonryView::relayout()
 {
     m_layoutDirty = false;
+    ++m_layoutGeneration; // a layout still being continued on a worker is for an older list
     const double before = m_layout.contentHeight();
     static const QList<LibraryItem> none;
     const QList<LibraryItem> &items = m_model ? m_model->items() : none;
     // The launch's first screenful is followed by the whole list: the cards already placed stay
-    // where they are, and only the rows after them are placed and indexed.
+    // where they are, and only the rows after them are placed.
     const bool continues = !m_timeline && m_layout.continuesAsGrid(m_columns, width(), m_settings)
         && extendsLaidOutRows(items);
+    if (continues && items.size() - m_laidOut.size() >= rowsContinuedOnAWorker) {
+        continueOnAWorker(items);
+        return;
+    }
     if (continues) {
         // The rows already indexed and the cards already placed keep their rows and frames.
         m_layout.appendToGrid(items);
@@ -334,6 +341,31 @@ void MasonryView::relayout()
     if (before != m_layout.contentHeight())
         Q_EMIT contentHeightChanged();
     Q_EMIT layoutChanged();
+}
+
+void MasonryView::continueOnAWorker(const QList<LibraryItem> &items)
+{
+    // Placing a long list's rows holds the window for tens of milliseconds, a third of a second at a
+    // million; meanwhile the grid goes on showing the rows it has, which are all at its top.
+    const quint64 generation = m_layoutGeneration;
+    auto *watcher = new QFutureWatcher<CardLayout>(this);
+    connect(watcher, &QFutureWatcher<CardLayout>::finished, this, [this, watcher, generation, items] {
+        watcher->deleteLater();
+        if (generation != m_layoutGeneration)
+            return;
+        const double before = m_layout.contentHeight();
+        m_layout = watcher->result();
+        m_laidOut = items.size() <= laidOutRowsKept ? items : QList<LibraryItem>();
+        setImplicitHeight(m_layout.contentHeight());
+        if (before != m_layout.contentHeight())
+            Q_EMIT contentHeightChanged();
+        Q_EMIT layoutChanged();
+        polish(); // cards for the rows now placed near the viewport
+    });
+    watcher->setFuture(QtConcurrent::run([layout = m_layout, items]() mutable {
+        layout.appendToGrid(items);
+        return layout;
+    }));
 }
 
 bool MasonryView::extendsLaidOutRows(const QList<LibraryItem> &items) const

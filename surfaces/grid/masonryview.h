@@ -158,6 +158,8 @@ private:
     void updateThumbnailWidth();
     /** The row of an item in the laid-out list, or -1. */
     [[nodiscard]] int rowOf(const QString &itemId);
+    /** Places the rows of `items` past the laid-out ones on a worker, and takes the layout when nothing has changed since. */
+    void continueOnAWorker(const QList<LibraryItem> &items);
     /** Whether `items` starts with the records of the last layout, in order, and has more after them. */
     [[nodiscard]] bool extendsLaidOutRows(const QList<LibraryItem> &items) const;
 
@@ -180,6 +182,9 @@ private:
     /** The records `m_layout` was made from (shared with the model's list), when there are at most `laidOutRowsKept`. */
     QList<LibraryItem> m_laidOut;
     static constexpr qsizetype laidOutRowsKept = 2000;
+    /** From how many rows on a continued layout is worked out on a worker. */
+    static constexpr qsizetype rowsContinuedOnAWorker = 20000;
+    quint64 m_layoutGeneration = 0;
     bool m_layoutDirty = true;
     /** Row of each item id, for the first `m_indexedRows` rows of the list; see `rowOf`. */
     QHash<QString, int> m_rowOfId;

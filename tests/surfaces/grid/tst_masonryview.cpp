@@ -233,6 +233,18 @@ void TestMasonryView::theRestOfTheListJoinsBelowTheFirstScreenful()
     QCOMPARE(first->property("writes").toInt(), writesBefore);
     QCOMPARE(m_view->frameOf(u"item-99999"_s), expected.frames().last());
 
+    // A long continuation is worked out on a worker; a list that replaces it meanwhile wins.
+    m_model->setItems(whole.first(400));
+    QCOMPARE(m_view->layout().frames().size(), 400);
+    m_model->setItems(whole);
+    QCOMPARE(m_view->layout().frames().size(), 400); // the rest is being placed
+    const QList<LibraryItem> other = makeItems(50, 500000);
+    m_model->setItems(other);
+    QCOMPARE(m_view->layout().frames().size(), 50);
+    QTest::qWait(500);
+    QCOMPARE(m_view->layout().frames().size(), 50);
+    QCOMPARE(m_view->layout().frames(), CardLayout::grid(other, m_view->columns(), m_view->width(), settings).frames());
+
     // A first screenful whose records changed in the meantime is laid out afresh.
     QList<LibraryItem> changed = makeItems(100000);
     changed[0].height = 3000;
