@@ -76,6 +76,7 @@ void MasonryView::setDelegate(QQmlComponent *delegate)
     qDeleteAll(m_cardPool);
     m_cardPool.clear();
     m_delegate = delegate;
+    m_cardProperties = {}; // another type of card, whose type may even reuse the old one's address
     polish();
     Q_EMIT delegateChanged();
 }
