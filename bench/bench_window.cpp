@@ -117,10 +117,11 @@ qint64 coveredBy(qint64 from, qint64 to, const QList<std::pair<qint64, qint64>> 
     return covered;
 }
 
-// The process's CPU time so far, in clock ticks (user and system), from /proc/PID/stat.
-qint64 cpuTicks(qint64 pid)
+// CPU time so far, in clock ticks (user and system), from a stat file of /proc: a process's own,
+// or one of its threads' (task) files.
+qint64 cpuTicksIn(const QString &statPath)
 {
-    QFile stat(u"/proc/%1/stat"_s.arg(pid));
+    QFile stat(statPath);
     if (!stat.open(QIODevice::ReadOnly))
         return -1;
     const QByteArray line = stat.readAll();
@@ -128,17 +129,16 @@ qint64 cpuTicks(qint64 pid)
     return fields.size() > 12 ? fields.at(11).toLongLong() + fields.at(12).toLongLong() : -1;
 }
 
-// The main thread's CPU time so far, in milliseconds (user and system), from its task's stat.
+qint64 cpuTicks(qint64 pid)
+{
+    return cpuTicksIn(u"/proc/%1/stat"_s.arg(pid));
+}
+
+// The main thread's CPU time so far, in milliseconds; its task has the process's id.
 double mainThreadCpuMs(qint64 pid)
 {
-    QFile stat(u"/proc/%1/task/%1/stat"_s.arg(pid));
-    if (!stat.open(QIODevice::ReadOnly))
-        return -1;
-    const QByteArray line = stat.readAll();
-    const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
-    if (fields.size() <= 12)
-        return -1;
-    return double(fields.at(11).toLongLong() + fields.at(12).toLongLong()) * 1000.0 / double(sysconf(_SC_CLK_TCK));
+    const qint64 ticks = cpuTicksIn(u"/proc/%1/task/%1/stat"_s.arg(pid));
+    return ticks < 0 ? -1 : double(ticks) * 1000.0 / double(sysconf(_SC_CLK_TCK));
 }
 
 // Waits until the process has used under 0.1 s of CPU in each of three seconds running, so that

@@ -240,19 +240,17 @@ bool ItemListModel::sameIdsInOrder(const QList<LibraryItem> &items) const
 {
     if (items.size() != m_rows.size())
         return false;
-    if (items.constData() == m_items.constData())
-        return true;
-    for (qsizetype i = 0; i < items.size(); ++i) {
-        if (items[i].id != m_rows[i]->id)
-            return false;
-    }
-    return true;
+    return items.constData() == m_items.constData() || startsWithShownIds(items);
 }
 
 bool ItemListModel::extendsShownRows(const QList<LibraryItem> &items) const
 {
-    if (m_rows.isEmpty() || items.size() <= m_rows.size())
-        return false;
+    return !m_rows.isEmpty() && items.size() > m_rows.size() && startsWithShownIds(items);
+}
+
+bool ItemListModel::startsWithShownIds(const QList<LibraryItem> &items) const
+{
+    Q_ASSERT(items.size() >= m_rows.size());
     for (qsizetype i = 0; i < m_rows.size(); ++i) {
         if (items[i].id != m_rows[i]->id)
             return false;

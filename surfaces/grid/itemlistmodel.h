@@ -99,6 +99,8 @@ private:
     [[nodiscard]] bool sameIdsInOrder(const QList<LibraryItem> &items) const;
     /** Whether `items` starts with the shown rows, in order, and has more after them. */
     [[nodiscard]] bool extendsShownRows(const QList<LibraryItem> &items) const;
+    /** Whether the first rows of `items`, at least as many as are shown, have the shown ids in order. */
+    [[nodiscard]] bool startsWithShownIds(const QList<LibraryItem> &items) const;
     void removeGone(const QHash<QString, qsizetype> &kept);
     bool moveIntoOrder(const QList<LibraryItem> &items, const QList<qsizetype> &currentOfNew);
     void insertNew(const QList<LibraryItem> &items, const QList<qsizetype> &currentOfNew);
